@@ -40,24 +40,24 @@ struct SourceFile {
 
 }  // namespace Tul
 
-#define TUL_LOG_RECORD(handle, severity, ...)                                                                    \
-    do {                                                                                                         \
-        Tul::LoggingWrapper& tulLog = Tul::LoggingWrapper::instance();                                           \
-        if (tulLog.get_level() >= (severity)) {                                                                  \
-            static constexpr Tul::SourceFile tulFile{__FILE__};                                                  \
-            tulLog.log_printf(__func__, severity, 1, __VA_ARGS__);                                               \
-            tulLog.trace_v2_printf(handle, severity, tulFile.path, __func__, __LINE__, __VA_ARGS__);             \
-        }                                                                                                        \
+#define TUL_LOG_RECORD(handle, severity, ...)                                                        \
+    do {                                                                                             \
+        Tul::LoggingWrapper& tulLog = Tul::LoggingWrapper::instance();                               \
+        if (tulLog.get_level() >= (severity)) {                                                      \
+            static constexpr Tul::SourceFile tulFile{__FILE__};                                      \
+            tulLog.log_printf(__func__, severity, 1, __VA_ARGS__);                                   \
+            tulLog.trace_v2_printf(handle, severity, tulFile.path, __func__, __LINE__, __VA_ARGS__); \
+        }                                                                                            \
     } while (false)
 
-#define TUL_TRACE_RECORD(handle, kind, ...)                                                                      \
-    do {                                                                                                         \
-        Tul::LoggingWrapper& tulLog = Tul::LoggingWrapper::instance();                                           \
-        if (tulLog.get_level() > 7) {                                                                            \
-            static constexpr Tul::SourceFile tulFile{__FILE__};                                                  \
-            tulLog.trace_printf(tulFile.path, __func__, __LINE__, kind, __VA_ARGS__);                            \
-            tulLog.trace_v2_printf(handle, 14, tulFile.path, __func__, __LINE__, __VA_ARGS__);                   \
-        }                                                                                                        \
+#define TUL_TRACE_RECORD(handle, kind, ...)                                                    \
+    do {                                                                                       \
+        Tul::LoggingWrapper& tulLog = Tul::LoggingWrapper::instance();                         \
+        if (tulLog.get_level() > 7) {                                                          \
+            static constexpr Tul::SourceFile tulFile{__FILE__};                                \
+            tulLog.trace_printf(tulFile.path, __func__, __LINE__, kind, __VA_ARGS__);          \
+            tulLog.trace_v2_printf(handle, 14, tulFile.path, __func__, __LINE__, __VA_ARGS__); \
+        }                                                                                      \
     } while (false)
 
 #define TUL_ERROR(handle, ...) TUL_LOG_RECORD(handle, 3, __VA_ARGS__)

@@ -6,8 +6,8 @@
 #include <vector>
 
 #include "Logging.h"
-#include "TulExport.h"
 #include "TulException.h"
+#include "TulExport.h"
 #include "TulMoAttributeValue_3.h"
 #include "TulOamSpiManagedObject_3.h"
 
