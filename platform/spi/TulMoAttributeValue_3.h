@@ -23,18 +23,20 @@ enum TulOamSpiMoAttributeType_3 : int32_t
 typedef int32_t TulOamSpiMoAttributeType_3;
 enum
 #endif
-{ TUL_MO_TYPE_INT8_3 = 1,
-  TUL_MO_TYPE_INT16_3 = 2,
-  TUL_MO_TYPE_INT32_3 = 3,
-  TUL_MO_TYPE_INT64_3 = 4,
-  TUL_MO_TYPE_UINT8_3 = 5,
-  TUL_MO_TYPE_UINT16_3 = 6,
-  TUL_MO_TYPE_UINT32_3 = 7,
-  TUL_MO_TYPE_UINT64_3 = 8,
-  TUL_MO_TYPE_BOOLEAN_3 = 9,
-  TUL_MO_TYPE_STRING_3 = 10,
-  TUL_MO_TYPE_REFERENCE_3 = 11, /* the DN of another MO, in asString */
-  TUL_MO_TYPE_ENUMERATION_3 = 12 };
+{
+    TUL_MO_TYPE_INT8_3 = 1,
+    TUL_MO_TYPE_INT16_3 = 2,
+    TUL_MO_TYPE_INT32_3 = 3,
+    TUL_MO_TYPE_INT64_3 = 4,
+    TUL_MO_TYPE_UINT8_3 = 5,
+    TUL_MO_TYPE_UINT16_3 = 6,
+    TUL_MO_TYPE_UINT32_3 = 7,
+    TUL_MO_TYPE_UINT64_3 = 8,
+    TUL_MO_TYPE_BOOLEAN_3 = 9,
+    TUL_MO_TYPE_STRING_3 = 10,
+    TUL_MO_TYPE_REFERENCE_3 = 11, /* the DN of another MO, in asString */
+    TUL_MO_TYPE_ENUMERATION_3 = 12
+};
 
 typedef union TulMoAttributeValue_3 {
     int64_t asInt64;      /* all signed integers, widened */

@@ -11,10 +11,14 @@ namespace Tul {
  *
  * While no framework is attached, or it has no such interface, records go to stderr in syslog form
  * ("<3>function: text") and the level is 6. What is written there is escaped: control characters and bytes
- * that are not UTF-8 appear as \xNN.
+ * that are not UTF-8 appear as \xNN. A trace record goes there in its older form, as "<7>function: text"; the
+ * newer form writes nothing then, since it only repeats a record that is written already.
  *
- * Nothing here filters: ask get_level() before each record. Any thread; no operation throws. A record that
- * cannot be formatted for lack of memory is replaced by its bare format.
+ * An interface is looked up at the first record after each attach (TulCommon_1.h). One that is missing then is
+ * not asked for again before the next attach.
+ *
+ * Nothing here filters: ask get_level() before each record. Any thread; no operation throws or changes
+ * errno. A record that cannot be formatted for lack of memory is replaced by its bare format.
  */
 class TUL_EXPORT LoggingWrapper {
 public:

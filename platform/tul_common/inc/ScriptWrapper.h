@@ -26,11 +26,14 @@ public:
      * process, and no ignored or blocked signal.
      *
      * Returns what the script wrote to its standard output, the first mebibyte of it, when it exited with 0.
-     * What a process that it left behind still writes is not waited for.
+     * What a process that it left behind still writes is waited for only a tenth of a second.
      *
      * Throws TulException in every other case: the script could not be run, exited with another code, was
      * ended by a signal, or was still running at the time limit (its whole process group is killed then).
-     * The text names the script and the cause and ends with the tail of what it wrote to stderr.
+     * Exit codes 126 and 127 count as "could not be run". A host that ignores SIGCHLD, or reaps children that are
+     * not its own, gets "status unknown". Refused without a run: a timeout below 1, an argument with a NUL in it.
+     * The text names the script and the cause and ends with the tail (4 KiB) of what it wrote to stderr, its NULs
+     * replaced and nothing else: escape it before it is shown.
      *
      * Any thread, several at once.
      */
