@@ -1,0 +1,62 @@
+#include "ComponentConfiguration.h"
+
+#include "Refusal.h"
+#include "Text.h"
+
+namespace TulNode {
+
+namespace {
+
+std::string allowed(const ComponentConfiguration::Setting& setting) {
+    return setting.maximum == 0
+               ? "true or false"
+               : "a number from " + std::to_string(setting.minimum) + " to " + std::to_string(setting.maximum);
+}
+
+bool isAllowed(const ComponentConfiguration::Setting& setting, const std::string& value) {
+    if (setting.maximum == 0) {
+        return value == "true" || value == "false";
+    }
+    const auto number = toNumber(value);
+    return number && *number >= setting.minimum && *number <= setting.maximum;
+}
+
+}  // namespace
+
+void ComponentConfiguration::set(const std::string& name, const std::string& value) {
+    if (_fileText) {
+        throw Refusal(BRY_INVALID_ARGUMENT,
+                      "the configuration comes from " + _file + "; \"configure default\" first");
+    }
+    std::vector<std::string> names;
+    for (Setting& setting : _settings) {
+        names.push_back(setting.name);
+        if (setting.name != name) {
+            continue;
+        }
+        if (!isAllowed(setting, value)) {
+            throw Refusal(BRY_OUT_OF_RANGE, name + " is \"" + escape(value) + "\"; allowed: " + allowed(setting));
+        }
+        setting.value = value;
+        return;
+    }
+    throw Refusal(BRY_NOT_FOUND, "there is no setting \"" + escape(name) + "\"; there are: " + join(names, ", "));
+}
+
+void ComponentConfiguration::useFile(const std::string& file) {
+    _fileText = readFile(file);
+    _file = file;
+}
+
+std::string ComponentConfiguration::xml() const {
+    if (_fileText) {
+        return *_fileText;
+    }
+    std::string text = "<TulConfiguration>\n  <TulSshdManager>\n";
+    for (const Setting& setting : _settings) {
+        text += "    <" + setting.name + ">" + setting.value + "</" + setting.name + ">\n";
+    }
+    return text + "  </TulSshdManager>\n</TulConfiguration>\n";
+}
+
+}  // namespace TulNode

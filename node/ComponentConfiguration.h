@@ -1,0 +1,45 @@
+#ifndef TUL_NODE_COMPONENT_CONFIGURATION_H
+#define TUL_NODE_COMPONENT_CONFIGURATION_H
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace TulNode {
+
+/** The XML text that the component gets when it is initialised: built from settings, or taken from a file. */
+class ComponentConfiguration {
+public:
+    struct Setting {
+        std::string name;
+        std::string value;
+        long long minimum; /**< of a number */
+        long long maximum; /**< of a number; 0: the setting is true or false */
+    };
+
+    /** Refusal for an unknown name, a value that is not allowed, or when the text comes from a file. */
+    void set(const std::string& name, const std::string& value);
+
+    /** Reads the file now. std::runtime_error. */
+    void useFile(const std::string& file);
+
+    /** Goes back to the built-in settings. */
+    void useDefaults() { *this = ComponentConfiguration(); }
+
+    std::string xml() const;
+    const std::vector<Setting>& settings() const { return _settings; }
+
+private:
+    std::vector<Setting> _settings = {
+        {"sshdManagement", "true", 0, 0},
+        {"cliPort", "2022", 1, 65535},
+        {"netconfPort", "2830", 1, 65535},
+        {"renegotiationTime", "3600", 0, 4294967295},
+    };
+    std::optional<std::string> _fileText;
+    std::string _file;
+};
+
+}  // namespace TulNode
+
+#endif
