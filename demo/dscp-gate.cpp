@@ -22,7 +22,9 @@ namespace {
 
 volatile sig_atomic_t closed = 0;
 
-void onSignal(int /*signal*/) { closed = 1; }
+void onSignal(int /*signal*/) {
+    closed = 1;
+}
 
 [[noreturn]] void fail(const char* what) {
     std::fprintf(stderr, "dscp-gate: %s: %s\n", what, std::strerror(errno));
@@ -47,8 +49,7 @@ void admitOnly(int connection, unsigned int tos) {
     const __u32 whole = 0xffffffff;
     sock_filter program[] = {BPF_STMT(BPF_LD | BPF_B | BPF_ABS, tosOfPacket),
                              BPF_STMT(BPF_ALU | BPF_AND | BPF_K, dscpBits),
-                             BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, tos, 0, 1),
-                             BPF_STMT(BPF_RET | BPF_K, whole),
+                             BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, tos, 0, 1), BPF_STMT(BPF_RET | BPF_K, whole),
                              BPF_STMT(BPF_RET | BPF_K, 0)};
     const sock_fprog filter{sizeof program / sizeof *program, program};
     if (setsockopt(connection, SOL_SOCKET, SO_ATTACH_FILTER, &filter, sizeof filter) != 0) {
