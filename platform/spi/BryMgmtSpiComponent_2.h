@@ -47,7 +47,8 @@ BRY_LAYOUT_SIZE(BryMgmtSpiComponent_2, 36, 72);
  * The two symbols that a component library exports.
  *
  * bryLCMinit: registers the component and reads its configuration (NUL-terminated text, may be null).
- *   0, or the code of what failed; the library may be terminated and unloaded either way.
+ *   0, or the code of what failed (BRY_FAILED for a null accessor or one without the portal of version "3"); the
+ *   library may be terminated and unloaded either way.
  * bryLCMterminate: forgets the configuration and unregisters the component. It does not stop it.
  */
 typedef BryReturnT (*BryLcmInitT)(const BryMgmtSpiPortalAccessor* accessor, const char* configuration);

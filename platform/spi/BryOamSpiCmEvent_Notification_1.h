@@ -27,10 +27,10 @@ typedef int32_t CmEventType;
 enum
 #endif
 {
-    CREATED = 1, /* attributes: all that were given a value */
-    DELETED = 2, /* attributes: none */
-    ATTRIBUTES_CHANGED = 3
-}; /* attributes: those that have another value now */
+    CREATED = 1,           /* attributes: all that were given a value */
+    DELETED = 2,           /* attributes: none */
+    ATTRIBUTES_CHANGED = 3 /* attributes: those that have another value now */
+};
 
 typedef struct BryOamSpiCmEvent_Attribute_1 {
     const char* name;

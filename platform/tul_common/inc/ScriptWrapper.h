@@ -15,8 +15,8 @@ namespace Tul {
  */
 class TUL_EXPORT ScriptWrapper {
 public:
-    explicit ScriptWrapper(const std::string& scriptName);
-    virtual ~ScriptWrapper();
+    explicit ScriptWrapper(const std::string& scriptName) : _scriptName(scriptName) {}
+    virtual ~ScriptWrapper() = default;
 
     /**
      * Runs the script and waits for it, `timeout` milliseconds (1 or more) at most.

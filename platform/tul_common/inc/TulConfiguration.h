@@ -18,9 +18,10 @@ namespace Tul {
 /**
  * Loads a component's XML configuration from text.
  *
- * The text is untrusted. Refused are: a document type declaration (and with it every entity but the five of
- * XML and character references), a NUL byte (so UTF-8 and other encodings that contain ASCII are taken, UTF-16 is
- * not), more than 64 levels of elements, more than 10,000 elements and attributes, and more than 1 MiB of text.
+ * The text is untrusted. Refused are: the letters of a document type declaration, also in a comment or in CDATA
+ * (and with it every entity but the five of XML and character references), a NUL byte (so UTF-8 and other encodings
+ * that contain ASCII are taken, UTF-16 is not), more than 64 levels of elements, more than 10,000 elements and
+ * attributes, and more than 1 MiB of text.
  *
  * One thread at a time.
  */

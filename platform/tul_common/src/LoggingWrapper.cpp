@@ -88,6 +88,7 @@ LoggingWrapper& LoggingWrapper::instance() {
 }
 
 int LoggingWrapper::get_level() const noexcept {
+    const KeepErrno keepErrno;
     const TulMwSpiLog_1* log = LogSinks::log();
     return log == nullptr ? levelWithoutFramework : log->getLevel();
 }
@@ -123,12 +124,12 @@ void LoggingWrapper::trace_printf(const char* sourceFile, const char* function, 
 
 void LoggingWrapper::trace_v2_printf(const Trace::Handle& handle, int level, const char* sourceFile,
                                      const char* function, int line, const char* format, ...) noexcept {
+    const KeepErrno keepErrno;
     const BryMwSpiTrace* trace = LogSinks::trace();
     if (trace == nullptr) {
         // Nothing is lost: this is the twin of a log record or of an older trace record, which was written.
         return;
     }
-    const KeepErrno keepErrno;
     TextBuffer buffer;
     va_list args;
     va_start(args, format);

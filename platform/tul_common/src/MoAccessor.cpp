@@ -40,7 +40,8 @@ MoAccessor::MoAccessor(bool /*committedOnly*/, TulLockPolicyT /*lockPolicy*/, in
     void* found = nullptr;
     const BryReturnT result = Portal::instance().getInterface(managedObjectInterfaceId, &found);
     if (result != BRY_OK || found == nullptr) {
-        throw TulException(result, "Interface %s not found", managedObjectInterfaceId.interfaceName);
+        throw TulException(result == BRY_OK ? BRY_NOT_FOUND : result, "Interface %s not found",
+                           managedObjectInterfaceId.interfaceName);
     }
     _managedObjectIf = static_cast<TulOamSpiManagedObject_3*>(found);
 }

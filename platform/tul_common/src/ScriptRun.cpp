@@ -18,8 +18,8 @@ namespace Tul {
 
 namespace {
 
-constexpr std::size_t outputLimit = 1024 * 1024;
-constexpr std::size_t errorTailLimit = 4 * 1024;
+constexpr std::size_t outputLimit = std::size_t{1024} * 1024;
+constexpr std::size_t errorTailLimit = 4096;
 
 /** For what is still in the pipes when the script has ended. Somebody it left behind may write for ever. */
 constexpr std::chrono::milliseconds drainLimit(100);

@@ -71,10 +71,6 @@ std::string runAndReport(const std::string& scriptName, const std::vector<std::s
 
 }  // namespace
 
-ScriptWrapper::ScriptWrapper(const std::string& scriptName) : _scriptName(scriptName) {}
-
-ScriptWrapper::~ScriptWrapper() = default;
-
 std::string ScriptWrapper::invoke(const std::vector<std::string>& args, int timeout) const {
     try {
         return runAndReport(_scriptName, args, std::chrono::milliseconds(timeout));

@@ -16,7 +16,7 @@ namespace Tul {
 
 namespace {
 
-constexpr std::size_t maximumBytes = 1024 * 1024;
+constexpr std::size_t maximumBytes = std::size_t{1024} * 1024;
 constexpr unsigned maximumDepth = 64;
 constexpr unsigned long maximumNames = 10000;
 

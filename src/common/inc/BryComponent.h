@@ -49,16 +49,12 @@ protected:
     }
 
 private:
-    using InterfaceList = std::vector<BryMgmtSpiInterface_1*>;
+    using InterfaceListT = std::vector<BryMgmtSpiInterface_1*>;
 
-    static BryMgmtSpiInterface_1** terminated(InterfaceList& array, const InterfaceList& list) {
+    static BryMgmtSpiInterface_1** terminated(InterfaceListT& array, const InterfaceListT& list) {
         array = list;  // afresh each time: a second lcmInit must not add a second null
         array.push_back(nullptr);
         return array.data();
-    }
-
-    void* portalOf(const char* version) const {
-        return _portalAccessor == nullptr ? nullptr : _portalAccessor->getPortal(version);
     }
 
     static BryReturnT startInstance(BryStateChangeReason reason) { return instance().start(reason); }
@@ -69,12 +65,12 @@ protected:
     BryMgmtSpiPortal_3* _portal = nullptr;
     BryMgmtSpiPortal_1* _portalV1 = nullptr;
     BryMgmtSpiComponent_2 _componentRecord;
-    InterfaceList _interfaces;
-    InterfaceList _interfaceArray;
-    InterfaceList _dependencies;
-    InterfaceList _dependencyArray;
-    InterfaceList _extraInterfaces;
-    InterfaceList _extraInterfaceArray;
+    InterfaceListT _interfaces;
+    InterfaceListT _interfaceArray;
+    InterfaceListT _dependencies;
+    InterfaceListT _dependencyArray;
+    InterfaceListT _extraInterfaces;
+    InterfaceListT _extraInterfaceArray;
 };
 
 template <class T>
@@ -95,10 +91,13 @@ BryComponent<T>::BryComponent(const std::string& componentName)
 
 template <class T>
 BryReturnT BryComponent<T>::lcmInit(const BryMgmtSpiPortalAccessor* accessor, const char* configuration) {
+    if (accessor == nullptr) {
+        return BRY_FAILED;  // before anything is overwritten: an initialised component keeps its portals
+    }
     _portalAccessor = accessor;
-    _portal = static_cast<BryMgmtSpiPortal_3*>(portalOf("3"));
+    _portal = static_cast<BryMgmtSpiPortal_3*>(accessor->getPortal("3"));
     // Not tested, on purpose: every framework has the portal of version "1", and start relies on it.
-    _portalV1 = static_cast<BryMgmtSpiPortal_1*>(portalOf("1"));
+    _portalV1 = static_cast<BryMgmtSpiPortal_1*>(accessor->getPortal("1"));
     if (_portal == nullptr) {
         return BRY_FAILED;
     }

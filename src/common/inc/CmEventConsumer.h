@@ -17,8 +17,8 @@ namespace Tul {
  */
 template <class C, int N>
 class CmEventConsumer : private EventConsumer<CmEventConsumer<C, N>, N> {
-    using Base = EventConsumer<CmEventConsumer<C, N>, N>;
-    friend Base;
+    using BaseT = EventConsumer<CmEventConsumer<C, N>, N>;
+    friend BaseT;
 
 public:
     using HandlerT = void (C::*)(const BryOamSpiCmEvent_Notification_1T& notification);
@@ -49,7 +49,7 @@ void CmEventConsumer<C, N>::start(const std::list<std::string>& dnRegExps, Handl
     for (const std::string& dnRegExp : dnRegExps) {
         filter.emplace_back(BRY_OAM_SPI_CM_EVENT_FILTER_REG_EXP_1, dnRegExp);
     }
-    Base::start(filter, &CmEventConsumer::notifyCb, *this, BRY_OAM_SPI_CM_EVENT_NOTIFICATION_1);
+    BaseT::start(filter, &CmEventConsumer::notifyCb, *this, BRY_OAM_SPI_CM_EVENT_NOTIFICATION_1);
     TUL_TRACE_EXIT(Trace::Common, " << ");
 }
 
@@ -61,7 +61,7 @@ void CmEventConsumer<C, N>::start(const std::string& dnRegExp, HandlerT handler,
 template <class C, int N>
 void CmEventConsumer<C, N>::stop() {
     TUL_TRACE_ENTRY(Trace::Common, " >> ");
-    Base::stop();
+    BaseT::stop();
     TUL_TRACE_EXIT(Trace::Common, " << ");
 }
 

@@ -36,10 +36,6 @@ public:
 
         MoAttributeValueResult(const MoAttributeValueResult&) = delete;
         MoAttributeValueResult& operator=(const MoAttributeValueResult&) = delete;
-
-        bool hasValue() const {
-            return container != nullptr && container->nrOfValues != 0 && container->values != nullptr;
-        }
     };
 
     /**
@@ -86,6 +82,10 @@ public:
     MoAccessor& operator=(const MoAccessor&) = delete;
 
 private:
+    static bool hasValue(const TulMoAttributeValueContainer_3* container) {
+        return container != nullptr && container->nrOfValues != 0 && container->values != nullptr;
+    }
+
     TulOamSpiManagedObject_3* _managedObjectIf = nullptr;
 };
 
@@ -107,7 +107,7 @@ T MoAccessor::getAttr(const std::string& dName, const std::string& attrName) {
     TUL_TRACE(Trace::Common, "MoAccessor::getAttr<> dName :%s attrName :%s", dName.c_str(), attrName.c_str());
     MoAttributeValueResult result;
     getAttrContainer(dName, attrName, result);
-    if (!result.hasValue()) {
+    if (!hasValue(result.container)) {
         throw TulException("Attribute has no value set: %s::%s", dName.c_str(), attrName.c_str());
     }
     if (result.container->nrOfValues > 1) {
@@ -129,7 +129,7 @@ std::vector<T> MoAccessor::getSeqAttr(const std::string& dName, const std::strin
     } catch (const TulException&) {
         return values;
     }
-    if (!result.hasValue()) {
+    if (!hasValue(result.container)) {
         return values;
     }
     validateType(*result.container, getSpiType<T>());

@@ -2,7 +2,10 @@
 
 #include <Poco/RegularExpression.h>
 
+#include <locale>
 #include <sstream>
+#include <string_view>
+#include <vector>
 
 #include "AutoMemory.h"
 #include "BryMwSpiTrace.h"
@@ -13,7 +16,7 @@
 
 namespace TulSshdManagement {
 
-using Notification = BryOamSpiCmEvent_Notification_1T;
+using NotificationT = BryOamSpiCmEvent_Notification_1T;
 using Tul::Trace::TulSshd;
 
 namespace {
@@ -73,20 +76,21 @@ bool isAdministrativeState(const BryOamSpiCmEvent_Attribute_1& attribute) {
            attribute.nrOfValues != 0 && attribute.values != nullptr && attribute.type == TUL_MO_TYPE_ENUMERATION_3;
 }
 
-/**
- * The last administrative state that a notification brings, or the given one. The number is taken as it is:
- * unlike a state that is read from the MO, every one but 0 opens the port. This difference is wanted.
- */
-BasicAdmState newestState(const Notification& notification, BasicAdmState state) {
-    forEach(notification.events, [&state](const BryOamSpiCmEvent_Event_1& event) {
-        if (event.eventType != ATTRIBUTES_CHANGED) {
-            return;
+/** The number is taken as it is: unlike a state that is read from the MO, every one but 0 opens the port. Wanted. */
+void takeState(const BryOamSpiCmEvent_Event_1& event, BasicAdmState& state) {
+    forEach(event.attributes, [&state](const BryOamSpiCmEvent_Attribute_1& attribute) {
+        if (isAdministrativeState(attribute)) {
+            state = static_cast<BasicAdmState>(attribute.values[0].asEnum);
         }
-        forEach(event.attributes, [&state](const BryOamSpiCmEvent_Attribute_1& attribute) {
-            if (isAdministrativeState(attribute)) {
-                state = static_cast<BasicAdmState>(attribute.values[0].asEnum);
-            }
-        });
+    });
+}
+
+/** The last administrative state that a notification brings, or the given one. */
+BasicAdmState newestState(const NotificationT& notification, BasicAdmState state) {
+    forEach(notification.events, [&state](const BryOamSpiCmEvent_Event_1& event) {
+        if (event.eventType == ATTRIBUTES_CHANGED) {
+            takeState(event, state);
+        }
     });
     return state;
 }
@@ -139,6 +143,7 @@ TulSshdManagementComponent::~TulSshdManagementComponent() = default;
 // Life cycle
 
 BryReturnT TulSshdManagementComponent::initialize(const char* configuration) {
+    // Wanted without an entry trace, here and in deleteMoInstance: the reader and start write theirs.
     if (_initialized) {
         TUL_ERROR(TulSshd, "Component already initialized!");
         return BRY_FAILED;
@@ -179,7 +184,7 @@ bool TulSshdManagementComponent::fetchInterface(const BryMgmtSpiInterface_1& id,
 
 BryReturnT TulSshdManagementComponent::start(BryStateChangeReason reason) {
     TUL_TRACE_ENTRY(TulSshd, " >> Reason: %d", reason);
-    if (_started) {
+    if (_started) {  // asked first, on purpose: a terminated component that runs is running
         TUL_WARNING(TulSshd, "TulSshdManager already running");
         TUL_TRACE_EXIT(TulSshd, " << ");
         return BRY_OK;
@@ -202,10 +207,7 @@ BryReturnT TulSshdManagementComponent::start(BryStateChangeReason reason) {
         return BRY_FAILED;
     }
     if (!_configHandler.getSshdManagement()) {
-        deleteFirstInstance(cliSshClassPath);
-        deleteFirstInstance(netconfSshClassPath);
-        _vorma->disablePorts(cliSubsystem, adapterTimeout);
-        _vorma->disablePorts(netconfSubsystem, adapterTimeout);
+        withdraw();
         TUL_TRACE_EXIT(TulSshd, " << ");
         return BRY_OK;  // _started stays false, on purpose: a component that manages nothing is not running
     }
@@ -285,6 +287,14 @@ void TulSshdManagementComponent::deleteFirstInstance(const std::string& classPat
     }
 }
 
+/** For a node whose sshd is managed by somebody else: neither MOs nor ports of ours may be left. */
+void TulSshdManagementComponent::withdraw() {
+    deleteFirstInstance(cliSshClassPath);
+    deleteFirstInstance(netconfSshClassPath);
+    _vorma->disablePorts(cliSubsystem, adapterTimeout);
+    _vorma->disablePorts(netconfSubsystem, adapterTimeout);
+}
+
 void TulSshdManagementComponent::startConsumers() {
     _cliSshConsumer.start(cliSshDnFilter, &TulSshdManagementComponent::onCliSshMoChangeNotification, *this);
     _netconfSshConsumer.start(netconfSshDnFilter, &TulSshdManagementComponent::onNetconfSshMoChangeNotification,
@@ -328,7 +338,7 @@ BryReturnT TulSshdManagementComponent::createMo(std::string className, std::stri
     }
     Tul::AutoMemory memory;
     TulMoNamedAttribute_3** const attributes = unlockedAttribute(memory, stateAttrName);
-    if (attributes == nullptr) {
+    if (attributes == nullptr) {  // reported as what it amounts to; a null must not reach the framework
         TUL_ERROR(TulSshd, "%s Mo Creation Failed!!.", className.c_str());
         TUL_TRACE_EXIT(TulSshd, " << ");
         return BRY_FAILED;
@@ -406,6 +416,7 @@ std::string TulSshdManagementComponent::getDscp() {
         accessor.getFirstMoInstance(transportClassPath, transportDn);
         categoryDn = transportDn + "," + serviceCategoryRdn;
         std::ostringstream text;
+        text.imbue(std::locale::classic());  // the host's locale may group digits
         text << static_cast<unsigned int>(accessor.getAttr<unsigned char>(categoryDn, dscpAttr));
         result = text.str();
     } catch (const Tul::TulException& exception) {
@@ -438,7 +449,7 @@ std::map<std::string, std::string> TulSshdManagementComponent::fetchCipherConfig
     return selected;
 }
 
-void TulSshdManagementComponent::applyStateChange(const Notification& notification, const char* subsystem,
+void TulSshdManagementComponent::applyStateChange(const NotificationT& notification, const char* subsystem,
                                                   unsigned int port, BasicAdmState& state) {
     const BasicAdmState newState = newestState(notification, state);
     if (newState == state) {
@@ -454,21 +465,21 @@ void TulSshdManagementComponent::applyStateChange(const Notification& notificati
 
 // Change notifications. Every handler holds the lock until it has left, its exit trace included.
 
-void TulSshdManagementComponent::onCliSshMoChangeNotification(const Notification& notification) {
+void TulSshdManagementComponent::onCliSshMoChangeNotification(const NotificationT& notification) {
     TUL_TRACE_ENTRY(TulSshd, " >> ");
     Poco::ScopedLock<Poco::Mutex> lock(_mutex);
     applyStateChange(notification, cliSubsystem, _configHandler.getCliport(), _cliSshAdmState);
     TUL_TRACE_EXIT(TulSshd, " << ");
 }
 
-void TulSshdManagementComponent::onNetconfSshMoChangeNotification(const Notification& notification) {
+void TulSshdManagementComponent::onNetconfSshMoChangeNotification(const NotificationT& notification) {
     TUL_TRACE_ENTRY(TulSshd, " >> ");
     Poco::ScopedLock<Poco::Mutex> lock(_mutex);
     applyStateChange(notification, netconfSubsystem, _configHandler.getNetconfport(), _netconfSshAdmState);
     TUL_TRACE_EXIT(TulSshd, " << ");
 }
 
-void TulSshdManagementComponent::onServiceCategoryMoChangeNotification(const Notification& notification) {
+void TulSshdManagementComponent::onServiceCategoryMoChangeNotification(const NotificationT& notification) {
     TUL_TRACE_ENTRY(TulSshd, " >> ");
     Poco::ScopedLock<Poco::Mutex> lock(_mutex);
     for (BryOamSpiCmEvent_Event_1** entry = notification.events; entry != nullptr && *entry != nullptr; ++entry) {
@@ -492,7 +503,7 @@ void TulSshdManagementComponent::onServiceCategoryMoChangeNotification(const Not
     TUL_TRACE_EXIT(TulSshd, " << ");
 }
 
-void TulSshdManagementComponent::onSshMoCipherChangeNotification(const Notification& notification) {
+void TulSshdManagementComponent::onSshMoCipherChangeNotification(const NotificationT& notification) {
     TUL_TRACE_ENTRY(TulSshd, " >> ");
     Poco::ScopedLock<Poco::Mutex> lock(_mutex);
     std::string dn;

@@ -84,6 +84,7 @@ private:
     void applyStateChange(const BryOamSpiCmEvent_Notification_1T& notification, const char* subsystem,
                           unsigned int port, BasicAdmState& state);
     void deleteFirstInstance(const std::string& classPath);
+    void withdraw();
     void startConsumers();
     void stopConsumers();
 

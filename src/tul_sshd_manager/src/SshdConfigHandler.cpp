@@ -1,8 +1,11 @@
 #include "SshdConfigHandler.h"
 
+#include <Poco/AutoPtr.h>
 #include <Poco/DOM/Element.h>
 #include <Poco/DOM/NodeList.h>
 #include <Poco/String.h>
+
+#include <exception>
 
 #include "BryReturn.h"
 #include "Logging.h"

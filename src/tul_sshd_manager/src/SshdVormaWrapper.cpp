@@ -1,9 +1,15 @@
 #include "SshdVormaWrapper.h"
 
+#include <algorithm>
+#include <iterator>
+
 #include "Logging.h"
 #include "TulException.h"
 
 namespace TulSshdManagement {
+
+// The texts of the records are an interface: operators and their tools know them as they stand, "removePorts" in
+// disablePorts, "Vorma" once with a capital letter, blanks at their ends and ports printed with %d included.
 
 using Tul::Trace::TulSshd;
 
@@ -71,6 +77,12 @@ bool SshdVormaWrapper::invokeVorma(int timeout) {
     return true;
 }
 
+/** All words or, when memory runs out, none: an option without its value would spoil the next batch. */
+void SshdVormaWrapper::queue(std::vector<std::string> words) {
+    _pendingArgs.reserve(_pendingArgs.size() + words.size());
+    std::move(words.begin(), words.end(), std::back_inserter(_pendingArgs));
+}
+
 void SshdVormaWrapper::prepareArgs(std::vector<std::string>& args) {
     TUL_TRACE_ENTRY(TulSshd, " >> ");
     args.insert(args.end(), _pendingArgs.begin(), _pendingArgs.end());
@@ -122,15 +134,17 @@ void SshdVormaWrapper::setCiphers(const std::map<std::string, std::string>& sele
     }
     if (getVormaSpiRevision() < _minimumVersionSupportingCipherSuites) {
         TUL_WARNING(TulSshd, "Cipher suite configuration is not applied. vorma spi-revision must be >= 1.7.0.");
-        return;
+        return;  // wanted without an exit trace, as in setDscp
     }
+    std::vector<std::string> words;
     for (const auto& [attributeName, list] : selected) {
         const std::string option = getOptionForSelectedAttrs(attributeName);
         if (!option.empty()) {
-            _pendingArgs.push_back(option);
-            _pendingArgs.push_back(list);
+            words.push_back(option);
+            words.push_back(list);
         }
     }
+    queue(std::move(words));
     TUL_TRACE_EXIT(TulSshd, " << Succeeded to set the cipher attributes");
 }
 
@@ -141,11 +155,9 @@ bool SshdVormaWrapper::setDscp(const std::string& dscp) {
         return false;
     }
     if (dscp.empty()) {
-        // No value does not leave the old one in place: it takes the marking away.
-        _pendingArgs.push_back("--removeIpQoS");
+        queue({"--removeIpQoS"});  // no value does not leave the old one in place: it takes the marking away
     } else {
-        _pendingArgs.push_back("--ipQos");
-        _pendingArgs.push_back(dscp);
+        queue({"--ipQos", dscp});
     }
     TUL_TRACE_EXIT(TulSshd, " << Succeeded to set dscp value for the service category OaM CM ");
     return true;
@@ -162,8 +174,7 @@ bool SshdVormaWrapper::setRenegotiationtime(const unsigned int& value) {
     if (value != 0) {
         text = std::to_string(value);
     }
-    _pendingArgs.push_back("--renegotiationTime");
-    _pendingArgs.push_back(text);
+    queue({"--renegotiationTime", text});
     TUL_TRACE_EXIT(TulSshd, " << Succeeded to set the Renegotiation Time");
     return true;
 }

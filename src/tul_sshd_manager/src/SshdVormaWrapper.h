@@ -57,6 +57,7 @@ public:
     SshdVormaWrapper& operator=(const SshdVormaWrapper&) = delete;
 
 private:
+    void queue(std::vector<std::string> words);
     void prepareArgs(std::vector<std::string>& args);
     std::string getOptionForSelectedAttrs(std::string attributeName);
 
