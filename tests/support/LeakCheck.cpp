@@ -97,6 +97,8 @@ std::string ProcessState::leftBehindIn(const ProcessState& later) const {
 }  // namespace TulTest
 
 int main(int argc, char** argv) {
+    // The thread sanitizer starts a thread of its own together with the first one; let it be there beforehand.
+    std::thread([] {}).join();
     testing::InitGoogleTest(&argc, argv);
     testing::UnitTest::GetInstance()->listeners().Append(new TulTest::LeakListener);
     return RUN_ALL_TESTS();

@@ -1,0 +1,17 @@
+// A library as it comes about when nobody looks: what it shows is what the component must not.
+
+inline int& counter() {
+    static int count = 0;
+    return count;
+}
+
+extern "C" int use() {
+    return ++counter();
+}
+
+// An address in the text: it can only be filled in by writing there when the library is loaded.
+#if __SIZEOF_POINTER__ == 8
+asm(".text\n.balign 8\n.quad use\n");
+#else
+asm(".text\n.balign 4\n.word use\n");
+#endif
