@@ -1,8 +1,9 @@
-// Lets a client see only packets with a certain DSCP: dscp-gate HOST PORT TOS PIDFILE
-//
-// A ProxyCommand for ssh. It passes bytes both ways; after SIGUSR1 the kernel drops every packet that arrives on
-// the connection with another TOS byte (its DSCP bits) than TOS. A session that still answers then is proof of
-// what the server's packets carry, and needs no privilege: a process may filter its own socket.
+// Lets a client see only packets with a certain DSCP.
+//   dscp-gate HOST PORT TOS PIDFILE   a ProxyCommand for ssh. It passes bytes both ways; after SIGUSR1 the kernel
+//                                     drops every packet that arrives on the connection with another TOS byte (its
+//                                     DSCP bits) than TOS. A session that still answers then is proof of what the
+//                                     server's packets carry.
+//   dscp-gate --allowed               exits 0 if this kernel lets this user filter a socket of his own.
 
 #include <arpa/inet.h>
 #include <linux/filter.h>
@@ -43,7 +44,7 @@ int connectTo(const char* host, const char* port) {
     return connection;
 }
 
-void admitOnly(int connection, unsigned int tos) {
+bool admitOnly(int connection, unsigned int tos) {
     const __u32 tosOfPacket = static_cast<__u32>(SKF_NET_OFF) + 1;
     const __u32 dscpBits = 0xfc;
     const __u32 whole = 0xffffffff;
@@ -53,12 +54,12 @@ void admitOnly(int connection, unsigned int tos) {
                              BPF_STMT(BPF_RET | BPF_K, 0)};
     const sock_fprog filter{sizeof program / sizeof *program, program};
     if (setsockopt(connection, SOL_SOCKET, SO_ATTACH_FILTER, &filter, sizeof filter) != 0) {
-        fail("cannot filter");
+        return false;
     }
     // Behind the filter the server's acknowledgements are lost, and with them an orderly end: end by a reset, so
     // that the server's session does not wait for a client that is gone.
     const linger reset{1, 0};
-    setsockopt(connection, SOL_SOCKET, SO_LINGER, &reset, sizeof reset);
+    return setsockopt(connection, SOL_SOCKET, SO_LINGER, &reset, sizeof reset) == 0;
 }
 
 /** False at the end of the input. */
@@ -81,8 +82,11 @@ bool pass(int from, int to) {
 }  // namespace
 
 int main(int argc, char** argv) {
+    if (argc == 2 && std::strcmp(argv[1], "--allowed") == 0) {
+        return admitOnly(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0), 0) ? 0 : 1;
+    }
     if (argc != 5) {
-        std::fprintf(stderr, "usage: dscp-gate HOST PORT TOS PIDFILE\n");
+        std::fprintf(stderr, "usage: dscp-gate HOST PORT TOS PIDFILE | dscp-gate --allowed\n");
         return 2;
     }
     struct sigaction action {};
@@ -96,7 +100,9 @@ int main(int argc, char** argv) {
         const int ready = ppoll(sources, 2, &tick, nullptr);
         if (closed == 1) {
             closed = 2;
-            admitOnly(connection, static_cast<unsigned int>(std::strtoul(argv[3], nullptr, 0)));
+            if (!admitOnly(connection, static_cast<unsigned int>(std::strtoul(argv[3], nullptr, 0)))) {
+                fail("cannot filter");
+            }
             std::ofstream(argv[4]) << "closed\n";
         }
         if (ready <= 0) {

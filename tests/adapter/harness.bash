@@ -1,0 +1,141 @@
+# A private sshd on loopback for each test, and eyes that look at it from outside.
+# VORMA_SHELL picks the shell that runs the adapter: "dash", "busybox sh" or "bash"; "sh" when it is not set.
+
+bats_require_minimum_version 1.5.0
+ADAPTER_SOURCE=$(cd "$BATS_TEST_DIRNAME/../.." && pwd)/adapter/vorma
+SSHD=/usr/sbin/sshd
+export PATH=$PATH:/usr/sbin:/sbin
+
+# --- the stage ---
+
+make_keys() {
+    ssh-keygen -q -t ed25519 -N '' -f "$BATS_FILE_TMPDIR/host_key"
+    ssh-keygen -q -t ed25519 -N '' -f "$BATS_FILE_TMPDIR/client_key"
+    chmod 0600 "$BATS_FILE_TMPDIR/client_key.pub"
+}
+
+set_stage() {
+    [ "$(id -u)" != 0 ] || [ -d /run/sshd ] || { echo "sshd of root needs the directory /run/sshd" >&2; return 1; }
+    scripts=$BATS_TEST_TMPDIR/scripts state=$BATS_TEST_TMPDIR/state base=$BATS_TEST_TMPDIR/base_config taken_ports=' '
+    mkdir "$scripts"
+    ln -s "$ADAPTER_SOURCE" "$scripts/vorma"
+    cat >"$base" <<TEXT
+HostKey $BATS_FILE_TMPDIR/host_key
+AuthorizedKeysFile $BATS_FILE_TMPDIR/client_key.pub
+StrictModes no
+UsePAM $([ "$(id -u)" = 0 ] && echo no || echo yes)
+PasswordAuthentication no
+KbdInteractiveAuthentication no
+PermitRootLogin prohibit-password
+TEXT
+    set_settings "STATE_DIR=$state" "BASE_CONFIG=$base" LISTEN_ADDRESS=127.0.0.1
+}
+
+set_settings() { printf '%s\n' "$@" >"$scripts/vorma.conf"; }
+add_setting() { printf '%s\n' "$@" >>"$scripts/vorma.conf"; }
+
+# After every test: what the adapter started it can stop, and nothing of the test is left.
+clear_stage() {
+    for pid in $(processes_of "$BATS_TEST_TMPDIR/state"); do kill -TERM "$pid"; done
+    wait_until no_process_of "$BATS_TEST_TMPDIR" || { processes_of "$BATS_TEST_TMPDIR" >&2; return 1; }
+    no_candidates_left
+}
+
+no_candidates_left() {
+    [ ! -d "$state/new" ] || [ -n "${candidates_expected-}" ] || [ -z "$(ls -A "$state/new")" ]
+}
+
+processes_of() { # DIRECTORY: each sshd that has it in its command line
+    local entry words
+    for entry in /proc/[0-9]*; do
+        [[ $entry/exe -ef $SSHD ]] || continue
+        { words=$(tr '\0' ' ' <"$entry/cmdline"); } 2>/dev/null
+        [[ $words != *"$1/"* ]] || echo "${entry#/proc/}"
+    done
+}
+no_process_of() { [ -z "$(processes_of "$1")" ]; }
+
+# --- the adapter ---
+
+# As the node runs it: a minimal environment, nothing to read, a process group of its own.
+adapter() {
+    # shellcheck disable=SC2086  # "busybox sh" is two words
+    env -i PATH=/usr/bin:/bin setsid -w ${VORMA_SHELL:-sh} "$scripts/vorma" "$@" </dev/null
+}
+vorma() { run --separate-stderr adapter "$@"; }
+given() { adapter "$@" || { echo "given: vorma $* ended with $?" >&2; return 1; }; }
+
+expect_done() { [ "$status" -eq 0 ] || { echo "exit $status: $stderr" >&2; return 1; }; [ -z "$output$stderr" ]; }
+
+# One line that says what was refused.
+expect_refused() { # CODE WORDS
+    echo "exit $status: $output / $stderr" >&2
+    [ "$status" -eq "$1" ] && [ -z "$output" ] && [ "${#stderr_lines[@]}" -eq 1 ] && [[ $stderr == *"$2"* ]]
+}
+
+USAGE=2 SETTINGS=3 BUSY=4 STORE=5 REFUSED=6 TAKEN=7 ROLLED_BACK=8 LOST=9
+
+# --- the view from outside ---
+
+wait_until() { # COMMAND...
+    local tries=500
+    until "$@"; do
+        tries=$((tries - 1))
+        [ $tries -gt 0 ] || { echo "waited in vain for: $*" >&2; return 1; }
+        sleep 0.02
+    done
+}
+
+greets() { # PORT [ADDRESS]
+    local line=''
+    { exec 5<>"/dev/tcp/${2:-127.0.0.1}/$1"; } 2>/dev/null || return 1
+    IFS= read -r -t 10 line <&5
+    exec 5>&-
+    [[ $line == SSH-2.0-* ]]
+}
+refuses() { # PORT
+    ! { exec 5<>"/dev/tcp/127.0.0.1/$1"; } 2>/dev/null || { exec 5>&-; return 1; }
+}
+
+# Below the range from which outgoing connections take theirs; a variable, since a subshell would forget what it gave.
+free_port() { # VARIABLE
+    local candidate
+    while :; do
+        candidate=$((20000 + (RANDOM * 32768 + RANDOM) % 12000))
+        [[ $taken_ports != *" $candidate "* ]] && refuses $candidate && break
+    done
+    taken_ports="$taken_ports$candidate "
+    printf -v "$1" %s "$candidate"
+}
+
+login() { # PORT [OPTION...] COMMAND
+    local port=$1
+    shift
+    ssh -F none -n -o BatchMode=yes -o StrictHostKeyChecking=no -o UserKnownHostsFile=/dev/null -o LogLevel=ERROR -o IdentitiesOnly=yes \
+        -i "$BATS_FILE_TMPDIR/client_key" -p "$port" "$(id -un)@127.0.0.1" "$@"
+}
+
+door_pid() { cat "$state/$1.pid"; }
+start_time() { cut -d' ' -f22 "/proc/$1/stat"; }
+
+effective() { # DOOR KEYWORD: what sshd itself reads in the door's file
+    "$SSHD" -T -f "$state/$1.conf" | sed -n "s/^$2 //p"
+}
+
+# Everything that must not move: files, and the processes behind the doors.
+fingerprint() {
+    stat -c '%n %i %y %a' "$state"/*.* "$state/state" | grep -v '\.good ' || true
+    for door in clissh netconfssh; do
+        [ ! -e "$state/$door.pid" ] || echo "$door $(door_pid $door) $(start_time "$(door_pid $door)")"
+    done
+}
+
+# Also when there was nothing to do at all.
+write_fingerprint() { stat -c '%i %y' "$state" "$state/new"; fingerprint; }
+
+# Somebody else's listener that greets nobody.
+occupy() { # PORT
+    "$SSHD" -D -f "$base" -o "Port $1" -o ListenAddress=127.0.0.1 -o "PidFile $BATS_TEST_TMPDIR/other.pid" </dev/null >/dev/null 2>&1 3>&- &
+    other=$!
+    wait_until greets "$1"
+}

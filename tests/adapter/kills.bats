@@ -1,0 +1,121 @@
+#!/usr/bin/env bats
+# An adapter that is killed, with its whole process group, at one moment after the other.
+
+load harness
+setup_file() { make_keys; }
+setup() { set_stage; free_port port; free_port other_port; free_port third_port; }
+teardown() { clear_stage; }
+
+# Steps of a millisecond or so from the start of a run to beyond its end.
+LAST=${VORMA_KILL_MILLISECONDS:-60} STEP=${VORMA_KILL_STEP:-3}
+
+run_and_kill_after() { # MILLISECONDS COMMAND...
+    local delay
+    printf -v delay '0.%03d' "$1"
+    shift
+    # shellcheck disable=SC2086
+    env -i PATH=/usr/bin:/bin setsid ${VORMA_SHELL:-sh} "$scripts/vorma" "$@" </dev/null >/dev/null 2>&1 3>&- &
+    local group=$!
+    sleep "$delay"
+    kill -KILL -- "-$group" 2>/dev/null || true
+    wait "$group" 2>/dev/null || true
+}
+
+# Whole or absent, and what sshd takes: there is no third.
+files_are_sound() {
+    for door in clissh netconfssh; do
+        [ ! -e "$state/$door.conf" ] || "$SSHD" -t -f "$state/$door.conf" || return
+        [ ! -e "$state/$door.conf" ] || [ "$(tail -n 1 "$state/$door.conf")" = '# end' ] || return
+    done
+    [ ! -e "$state/state" ] || [ "$(tail -n 1 "$state/state")" = end ]
+}
+
+one_listener_each() { [ "$(processes_of "$state" | wc -l)" -eq "$1" ]; }
+
+@test "killed at any moment of its first unlock, it leaves nothing that keeps the next run from succeeding" {
+    for after in $(seq 0 "$STEP" "$LAST"); do
+        run_and_kill_after "$after" clissh unlock port "$port"
+        files_are_sound
+        given clissh unlock port "$port"
+        greets "$port"
+        one_listener_each 1
+        given clissh lock
+        no_process_of "$state"
+        rm -rf "$state"
+    done
+}
+
+@test "killed at any moment of a move, the door is on its old or its new port once the next run has ended" {
+    given netconfssh unlock port "$third_port"
+    given clissh unlock port "$port"
+    for after in $(seq 0 "$STEP" "$LAST"); do
+        run_and_kill_after "$after" clissh unlock port "$other_port"
+        files_are_sound
+        given netconfssh unlock port "$third_port"
+        greets "$port" || greets "$other_port"
+        given clissh unlock port "$port"
+        greets "$port"
+        refuses "$other_port"
+        greets "$third_port"
+    done
+    one_listener_each 2
+}
+
+@test "killed at any moment of a lock, the door is open or closed, and the next lock closes it" {
+    for after in $(seq 0 "$STEP" "$((LAST / 2))"); do
+        given clissh unlock port "$port"
+        run_and_kill_after "$after" clissh lock
+        files_are_sound
+        given clissh lock
+        refuses "$port"
+        no_process_of "$state"
+    done
+}
+
+@test "killed at any moment of a batch, both doors have the old settings or both the new ones" {
+    given clissh unlock port "$port"
+    given netconfssh unlock port "$other_port"
+    for after in $(seq 0 "$STEP" "$LAST"); do
+        given ssh --ciphers aes256-ctr --ipQos 10
+        run_and_kill_after "$after" ssh --ciphers aes128-ctr --ipQos 46
+        files_are_sound
+        given ssh --macs hmac-sha2-256
+        [ "$(effective clissh ciphers)" = "$(effective netconfssh ciphers)" ]
+        [[ "$(effective clissh ciphers)$(effective clissh ipqos)" == @('aes256-ctraf11 af11'|'aes128-ctref ef') ]]
+        greets "$port"
+        greets "$other_port"
+    done
+    one_listener_each 2
+}
+
+@test "killed at any moment of a run without change, nothing has changed" {
+    given clissh unlock port "$port"
+    before=$(write_fingerprint)
+    for after in $(seq 0 8); do
+        run_and_kill_after "$after" clissh unlock port "$port"
+        [ "$before" = "$(write_fingerprint)" ]
+    done
+}
+
+@test "control: a writer in place is caught by the same kills" {
+    cat >"$BATS_TEST_TMPDIR/in-place" <<'TEXT'
+#!/bin/sh
+mkdir -p "$STATE"
+: >"$STATE/clissh.conf"
+for line in "Port $1" "Include $BASE" 'Ciphers aes256-ctr' 'MACs hmac-sha2-256' 'IPQoS 0xb8' 'RekeyLimit default 60' '# end'; do
+    echo "$line" | cat >>"$STATE/clissh.conf"
+done
+TEXT
+    for after in $(seq 0 100); do
+        # shellcheck disable=SC2086
+        env -i PATH=/usr/bin:/bin STATE="$state" BASE="$base" setsid ${VORMA_SHELL:-sh} "$BATS_TEST_TMPDIR/in-place" "$port" 3>&- &
+        group=$!
+        sleep "0.0$((after % 20 + 10))"
+        kill -KILL -- "-$group" 2>/dev/null || true
+        wait $group 2>/dev/null || true
+        files_are_sound 2>/dev/null || return 0
+        rm -rf "$state"
+    done
+    echo 'no kill hit the writer: the kills prove nothing' >&2
+    return 1
+}
