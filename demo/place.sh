@@ -1,6 +1,7 @@
 # shellcheck shell=bash
 # A private place for one run: folders, keys, sshd's own configuration, the adapter's settings, free ports.
-# Sourced. make_place sets: place (its folder), cli_port, netconf_port. remove_place takes all of it away again.
+# Sourced, with the top of the tree in `top`. make_place sets: place (its folder), cli_port, netconf_port.
+# remove_place takes all of it away again.
 
 port_answers() {
     (exec 3<> "/dev/tcp/127.0.0.1/$1") 2> /dev/null
@@ -54,9 +55,8 @@ CONFIG
 }
 
 make_place() {
-    local top
-    top=$(pwd)
-    mkdir -p build
+    # shellcheck disable=SC2154 # set by those who source this
+    mkdir -p "$top/build"
     place=$(mktemp -d "$top/build/run.XXXXXX")
     mkdir -m 0700 "$place/ssh" "$place/scripts" "$place/sshd"
     ssh-keygen -q -t ed25519 -N '' -f "$place/ssh/host_key"
@@ -73,7 +73,7 @@ make_place() {
 
 remove_place() {
     [ -n "${place:-}" ] || return 0
-    ln -sfn "$(pwd)/adapter/vorma" "$place/scripts/vorma"
+    ln -sfn "$top/adapter/vorma" "$place/scripts/vorma"
     for door in clissh netconfssh; do
         "$place/scripts/vorma" "$door" lock > /dev/null 2>> "$place/cleanup.log" || cat "$place/cleanup.log" >&2
     done

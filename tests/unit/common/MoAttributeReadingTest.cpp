@@ -119,6 +119,11 @@ TEST_F(GetSeqAttr, GivesOneElementForOneValue) {
     EXPECT_THAT(readAll(), ElementsAre("only"));
 }
 
+TEST_F(GetSeqAttr, ReservesRoomForExactlyTheNumberOfValues) {
+    givenValues(strings({"a", "b", "c", "d", "e"}));
+    EXPECT_EQ(5u, readAll().capacity());
+}
+
 TEST_F(GetSeqAttr, TracesWithTheTextOfGetAttrUnderItsOwnName) {
     givenValues(strings({"a"}));
     framework.logLevel = 8;

@@ -14,6 +14,10 @@ struct Port {
     const char* text;
 };
 
+void PrintTo(const Port& port, std::ostream* stream) {
+    *stream << port.text;
+}
+
 class SshdVormaWrapperPort : public SshdVormaWrapperTest, public testing::WithParamInterface<Port> {};
 
 TEST_P(SshdVormaWrapperPort, IsOpenedByOneRunOfFourWords) {
