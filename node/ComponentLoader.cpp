@@ -28,6 +28,8 @@ std::string whyNotReadable(const std::string& file) {
 ComponentLoader::ComponentLoader(Services& services, const BryMgmtSpiPortalAccessor* accessor)
     : _services(services), _accessor(accessor) {}
 
+// What is thrown here ends the process, rightly: a component that cannot be taken down would call into nothing.
+// NOLINTNEXTLINE(bugprone-exception-escape)
 ComponentLoader::~ComponentLoader() {
     unload(BRY_REASON_NORMAL);
 }
@@ -87,9 +89,6 @@ void ComponentLoader::initialise(const std::string& file, const char* configurat
     const auto init = [&] { result = guarded(BRY_LCM_INIT_SYMBOL, [&] { return _init(_accessor, configuration); }); };
     const ComponentRegistry::Registrations made = _services.registry.during(init);
     _registered = made.registered;
-    if (!_registered.empty()) {
-        _services.journal.setComponent(escape(name()));
-    }
     if (!made.refusal.empty()) {
         throw LoadFailure(file, "record", made.refusal);
     }

@@ -39,7 +39,7 @@ public:
     ComponentLoader(Services& services, const BryMgmtSpiPortalAccessor* accessor);
 
     /** Unloads. */
-    ~ComponentLoader();
+    ~ComponentLoader();  // NOLINT(bugprone-exception-escape): see there
 
     /**
      * The rungs file to dependencies. A null configuration is passed on as such.

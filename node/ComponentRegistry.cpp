@@ -110,6 +110,7 @@ void ComponentRegistry::add(BryMgmtSpiComponent_2* component) {
                           "a component named " + escape(component->componentName) + " is registered already");
         }
     }
+    _journal.setComponent(escape(component->componentName));
     _components.push_back(component);
     _registrations.registered.push_back(component);
 }

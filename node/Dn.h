@@ -11,7 +11,7 @@ namespace TulNode {
  * A distinguished name: "Class=key" parts from the root down, with commas.
  *
  * A class name is letters and digits, beginning with a letter. A key is 1 to 64 letters, digits and . _ : / @ -
- * All of these sort behind the comma and '=', so DNs that are sorted as plain text stand in tree order: an MO, then
+ * None of these sorts before the comma, so DNs that are sorted as plain text stand in tree order: an MO, then
  * everything below it, then its next sibling.
  */
 class Dn {

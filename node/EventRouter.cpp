@@ -95,9 +95,12 @@ void EventRouter::remove(Lock& lock, Consumers::iterator position) {
         _leaving.push_back(std::move(leaving));
         return;
     }
+    ++_joining;
     lock.unlock();
     leaving->worker.join();
     lock.lock();
+    --_joining;
+    _changed.notify_all();
 }
 
 void EventRouter::publish(Commit commit) {
@@ -181,7 +184,8 @@ void EventRouter::notify(const Consumer& consumer, Subscription& subscription, N
 }
 
 bool EventRouter::isIdle() const {
-    return std::all_of(
+    return _joining == 0 &&
+           std::all_of(
                _consumers.begin(), _consumers.end(),
                [this](const auto& one) { return !one.second->busy && (_held || one.second->queue.empty()); }) &&
            std::all_of(_leaving.begin(), _leaving.end(), [](const auto& one) { return one->finished; });

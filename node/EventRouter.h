@@ -103,6 +103,7 @@ private:
     std::condition_variable _changed;
     Consumers _consumers;
     std::vector<std::unique_ptr<Consumer>> _leaving; /**< unregistered from inside their own callbacks */
+    std::size_t _joining = 0;                        /**< threads that wait for the end of a consumer's */
     Handle _lastHandle = 0;
     std::uint64_t _published = 0;
     bool _held = true;

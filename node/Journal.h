@@ -56,7 +56,7 @@ public:
     void accuse(std::string_view text);
     unsigned int accusations() const { return _accusations.load(); }
 
-    /** The name of the component, for accuse(). */
+    /** Names the component for accuse(): its file until it is registered, then its name. */
     void setComponent(const std::string& name);
 
     std::vector<Record> last(std::size_t most) const;

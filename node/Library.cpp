@@ -25,7 +25,8 @@ bool anyMapping(Found&& found) {
         std::string device;
         std::string inode;
         words >> range >> permissions >> offset >> device >> inode;
-        if (found(range, device + " " + inode)) {
+        device.append(" ").append(inode);
+        if (found(range, device)) {
             return true;
         }
     }

@@ -118,6 +118,9 @@ std::vector<std::string> MoStore::all() {
 }
 
 void MoStore::apply(const std::vector<MoChange>& changes) {
+    if (changes.empty()) {
+        return;
+    }
     // Counted up even if the commit fails: a number may be skipped, but never be given twice.
     ++_commits;
     SQLite::Transaction transaction(_database);

@@ -46,7 +46,7 @@ public:
     std::vector<std::string> instances(const std::string& classPath);
     std::vector<std::string> all();
 
-    /** Puts all changes in force, or none when it throws. */
+    /** Puts all changes in force, or none when it throws. Without changes nothing is written. */
     void apply(const std::vector<MoChange>& changes);
 
 private:

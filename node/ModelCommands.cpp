@@ -73,7 +73,7 @@ std::string ModelCommands::resolve(const std::string& dnOrClass) {
     if (isDn(dnOrClass)) {
         return Dn(dnOrClass).text();
     }
-    const std::string className = classSpec(dnOrClass).name;
+    const std::string className = classDefinition(dnOrClass).name;
     Words found = _transactions.all(_open);
     std::erase_if(found, [&](const std::string& dn) { return Dn(dn).last().className != className; });
     if (found.size() != 1) {
@@ -108,10 +108,10 @@ void ModelCommands::show(const Words& arguments) {
     const std::string dn = resolve(arguments[0]);
     const Dn::Part last = Dn(dn).last();
     Attributes attributes = _transactions.get(_open, dn);
-    const ClassSpec& spec = classSpec(last.className);
+    const ClassDefinition& definition = classDefinition(last.className);
     _output.line(dn);
-    _output.line("  " + spec.keyAttribute + "=" + last.key);
-    for (const AttributeSpec& attribute : spec.attributes) {
+    _output.line("  " + definition.keyAttribute + "=" + last.key);
+    for (const AttributeDefinition& attribute : definition.attributes) {
         _output.line("  " + formatAttribute(attribute, attributes[attribute.name]));
     }
 }
@@ -119,10 +119,10 @@ void ModelCommands::show(const Words& arguments) {
 void ModelCommands::showTree() {
     for (const std::string& text : _transactions.all(_open)) {
         const Dn dn(text);
-        const ClassSpec& spec = classSpec(dn.last().className);
+        const ClassDefinition& definition = classDefinition(dn.last().className);
         std::string line = std::string(2 * (dn.depth() - 1), ' ') + dn.last().className + "=" + dn.last().key;
         for (const auto& [name, value] : _transactions.get(_open, text)) {
-            line += " " + formatAttribute(spec.attribute(name), value);
+            line += " " + formatAttribute(definition.attribute(name), value);
         }
         _output.line(line);
     }
@@ -130,15 +130,15 @@ void ModelCommands::showTree() {
 
 void ModelCommands::set(const Words& arguments) {
     const std::string dn = resolve(arguments[0]);
-    const ClassSpec& spec = classSpec(Dn(dn).last().className);
-    const Attributes attributes = parseAttributes(spec, std::span(arguments).subspan(1));
+    const ClassDefinition& definition = classDefinition(Dn(dn).last().className);
+    const Attributes attributes = parseAttributes(definition, std::span(arguments).subspan(1));
     change([&](TransactionMaster::Handle handle) { _transactions.set(handle, dn, attributes); });
 }
 
 void ModelCommands::create(const Words& arguments) {
     const Dn dn(arguments[0]);
-    const ClassSpec& spec = classSpec(dn.last().className);
-    const Attributes attributes = parseAttributes(spec, std::span(arguments).subspan(1));
+    const ClassDefinition& definition = classDefinition(dn.last().className);
+    const Attributes attributes = parseAttributes(definition, std::span(arguments).subspan(1));
     change([&](TransactionMaster::Handle handle) { _transactions.create(handle, dn.text(), attributes); });
 }
 
@@ -182,8 +182,8 @@ void ModelCommands::abort() {
 
 Words ModelCommands::names() {
     Words result = _transactions.all(_open);
-    for (const ClassSpec& spec : model()) {
-        result.push_back(spec.name);
+    for (const ClassDefinition& definition : model()) {
+        result.push_back(definition.name);
     }
     return result;
 }
@@ -191,9 +191,9 @@ Words ModelCommands::names() {
 Words ModelCommands::namesToCreate() {
     Words result;
     for (const std::string& dn : _transactions.all(_open)) {
-        for (const ClassSpec& spec : model()) {
-            if (spec.parent == Dn(dn).last().className) {
-                result.push_back(dn + "," + spec.name + "=");
+        for (const ClassDefinition& definition : model()) {
+            if (definition.parent == Dn(dn).last().className) {
+                result.push_back(dn + "," + definition.name + "=");
             }
         }
     }
@@ -203,7 +203,7 @@ Words ModelCommands::namesToCreate() {
 Words ModelCommands::attributesOf(const std::string& dnOrClass) {
     Words result;
     const std::string className = isDn(dnOrClass) ? Dn(dnOrClass).last().className : dnOrClass;
-    for (const AttributeSpec& attribute : classSpec(className).attributes) {
+    for (const AttributeDefinition& attribute : classDefinition(className).attributes) {
         if (attribute.literals.empty()) {
             result.push_back(attribute.name + "=");
         }

@@ -13,36 +13,38 @@ namespace {
 
 constexpr unsigned int modelTimeout = 3600;
 
-Scalar parseNumber(const AttributeSpec& spec, const std::string& text) {
-    const auto literal = std::find(spec.literals.begin(), spec.literals.end(), text);
-    if (literal != spec.literals.end()) {
-        return std::int64_t{literal - spec.literals.begin()};
+Scalar parseNumber(const AttributeDefinition& definition, const std::string& text) {
+    const auto literal = std::find(definition.literals.begin(), definition.literals.end(), text);
+    if (literal != definition.literals.end()) {
+        return std::int64_t{literal - definition.literals.begin()};
     }
     const auto number = toNumber(text);
     if (!number) {
-        throw Refusal(BRY_WRONG_TYPE, spec.name + " is \"" + escape(text) + "\"; allowed: " + spec.allowed());
+        throw Refusal(BRY_WRONG_TYPE,
+                      definition.name + " is \"" + escape(text) + "\"; allowed: " + definition.allowed());
     }
     return std::int64_t{*number};
 }
 
-AttributeValue parseValue(const AttributeSpec& spec, const std::string& text) {
-    AttributeValue value{spec.type, {}};
+AttributeValue parseValue(const AttributeDefinition& definition, const std::string& text) {
+    AttributeValue value{definition.type, {}};
     if (text.empty()) {
         return value;
     }
-    const std::vector<std::string> parts = spec.isSequence() ? split(text, ',') : std::vector{text};
+    const std::vector<std::string> parts = definition.isSequence() ? split(text, ',') : std::vector{text};
     for (const std::string& part : parts) {
-        value.values.push_back(isText(spec.type) ? Scalar{part} : parseNumber(spec, part));
+        value.values.push_back(isText(definition.type) ? Scalar{part} : parseNumber(definition, part));
     }
     return value;
 }
 
-std::string formatScalar(const AttributeSpec& spec, const Scalar& scalar) {
+std::string formatScalar(const AttributeDefinition& definition, const Scalar& scalar) {
     if (const auto* text = std::get_if<std::string>(&scalar)) {
         return *text;
     }
     const auto number = static_cast<std::size_t>(std::get<std::int64_t>(scalar));
-    return number < spec.literals.size() ? spec.literals[number] : std::to_string(std::get<std::int64_t>(scalar));
+    return number < definition.literals.size() ? definition.literals[number]
+                                               : std::to_string(std::get<std::int64_t>(scalar));
 }
 
 const char* typeWord(CmEventType type) {
@@ -57,8 +59,8 @@ void createFromLine(TransactionMaster& transactions, TransactionMaster::Handle h
     if (words[0] != "create" || words.size() < 2) {
         throw Refusal(BRY_INVALID_ARGUMENT, "\"" + escape(line) + "\" is not \"create DN [attribute=value ...]\"");
     }
-    const ClassSpec& spec = classSpec(Dn(words[1]).last().className);
-    transactions.create(handle, words[1], parseAttributes(spec, std::span(words).subspan(2)));
+    const ClassDefinition& definition = classDefinition(Dn(words[1]).last().className);
+    transactions.create(handle, words[1], parseAttributes(definition, std::span(words).subspan(2)));
 }
 
 }  // namespace
@@ -89,14 +91,14 @@ std::vector<std::string> splitWords(const std::string& line) {
     return words;
 }
 
-Attributes parseAttributes(const ClassSpec& spec, std::span<const std::string> words) {
+Attributes parseAttributes(const ClassDefinition& definition, std::span<const std::string> words) {
     Attributes attributes;
     for (const std::string& word : words) {
         const std::size_t equals = word.find('=');
         if (equals == std::string::npos) {
             throw Refusal(BRY_INVALID_ARGUMENT, "\"" + escape(word) + "\" is not attribute=value");
         }
-        const AttributeSpec& attribute = spec.attribute(word.substr(0, equals));
+        const AttributeDefinition& attribute = definition.attribute(word.substr(0, equals));
         if (!attributes.emplace(attribute.name, parseValue(attribute, word.substr(equals + 1))).second) {
             throw Refusal(BRY_INVALID_ARGUMENT, attribute.name + " is given twice");
         }
@@ -104,20 +106,20 @@ Attributes parseAttributes(const ClassSpec& spec, std::span<const std::string> w
     return attributes;
 }
 
-std::string formatAttribute(const AttributeSpec& spec, const AttributeValue& value) {
+std::string formatAttribute(const AttributeDefinition& definition, const AttributeValue& value) {
     std::vector<std::string> texts;
     for (const Scalar& scalar : value.values) {
-        texts.push_back(formatScalar(spec, scalar));
+        texts.push_back(formatScalar(definition, scalar));
     }
-    const std::string text = spec.name + "=" + join(texts, ",");
+    const std::string text = definition.name + "=" + join(texts, ",");
     return text.find(' ') == std::string::npos ? text : "\"" + text + "\"";
 }
 
 std::string formatChange(const MoChange& change) {
     std::string text = std::string(typeWord(change.type)) + " " + change.dn;
-    const ClassSpec& spec = classSpec(Dn(change.dn).last().className);
+    const ClassDefinition& definition = classDefinition(Dn(change.dn).last().className);
     for (const auto& [name, value] : change.attributes) {
-        text += " " + formatAttribute(spec.attribute(name), value);
+        text += " " + formatAttribute(definition.attribute(name), value);
     }
     return text;
 }

@@ -17,10 +17,10 @@ std::vector<std::string> splitWords(const std::string& line);
  * Reads "name=value" words. A sequence's values have commas between them, an enumeration is a literal or its
  * number, and nothing behind the '=' takes the value away. Refusal: the attribute's or the value's.
  */
-Attributes parseAttributes(const ClassSpec& spec, std::span<const std::string> words);
+Attributes parseAttributes(const ClassDefinition& definition, std::span<const std::string> words);
 
 /** "name=value" as parseAttributes reads it; one with blanks in it stands in quotes. */
-std::string formatAttribute(const AttributeSpec& spec, const AttributeValue& value);
+std::string formatAttribute(const AttributeDefinition& definition, const AttributeValue& value);
 
 /** "CREATED DN name=value ..." */
 std::string formatChange(const MoChange& change);

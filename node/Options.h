@@ -19,6 +19,8 @@ public:
     /** Prints the text and returns the exit code: 0 for help and version, else 2. */
     int exit(const CLI::ParseError& error) const;
 
+    std::string help() const { return _parser.help(); }
+
     std::string componentFile; /**< empty: the one beside the program */
     std::string configurationFile;
     std::string modelFile;

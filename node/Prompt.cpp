@@ -54,7 +54,8 @@ Prompt::Prompt(const Shell& shell, Output& output, int wakeUp)
     el_set(_editor.get(), EL_SIGNAL, 0);
     el_set(_editor.get(), EL_HIST, history, _history.get());
     el_set(_editor.get(), EL_GETCFN, readCharacter);
-    el_set(_editor.get(), EL_ADDFN, "complete-word", "Completes the word", complete);
+    // The narrow form leaks the two texts.
+    el_wset(_editor.get(), EL_ADDFN, L"complete-word", L"Completes the word", complete);
     el_set(_editor.get(), EL_BIND, "^I", "complete-word", nullptr);
     _output.divert([this](const std::string& line) { return takeOver(line); });
 }

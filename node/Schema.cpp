@@ -10,59 +10,66 @@ namespace TulNode {
 namespace {
 
 /** Names of algorithms. A comma cannot be part of one: whoever joins a list would make two of it. */
-AttributeSpec nameList(const std::string& name) {
+AttributeDefinition nameList(const std::string& name) {
     return {name, TUL_MO_TYPE_STRING_3, 64, 1, 255, {}, {}};
 }
 
-AttributeSpec administrativeState() {
+AttributeDefinition administrativeState() {
     return {"administrativeState", TUL_MO_TYPE_ENUMERATION_3, 1, 0, 1, {"LOCKED", "UNLOCKED"}, {std::int64_t{0}}};
 }
 
-std::string rangeText(const AttributeSpec& spec) {
-    return std::to_string(spec.minimum) + " to " + std::to_string(spec.maximum);
+std::string rangeText(const AttributeDefinition& definition) {
+    return std::to_string(definition.minimum) + " to " + std::to_string(definition.maximum);
 }
 
-[[noreturn]] void refuseValue(BryReturnT code, const AttributeSpec& spec, const std::string& what) {
-    throw Refusal(code, spec.name + " is " + what + "; allowed: " + spec.allowed());
+[[noreturn]] void refuseValue(BryReturnT code, const AttributeDefinition& definition, const std::string& what) {
+    throw Refusal(code, definition.name + " is " + what + "; allowed: " + definition.allowed());
 }
 
-void checkScalar(const AttributeSpec& spec, const Scalar& scalar) {
+void checkScalar(const AttributeDefinition& definition, const Scalar& scalar) {
     if (const auto* text = std::get_if<std::string>(&scalar)) {
         const auto length = static_cast<std::int64_t>(text->size());
-        if (length < spec.minimum || length > spec.maximum || !isPrintable(*text) ||
+        if (length < definition.minimum || length > definition.maximum || !isPrintable(*text) ||
             text->find(',') != std::string::npos) {
-            refuseValue(BRY_OUT_OF_RANGE, spec, "\"" + escape(*text) + "\"");
+            refuseValue(BRY_OUT_OF_RANGE, definition, "\"" + escape(*text) + "\"");
         }
         return;
     }
     const std::int64_t number = std::get<std::int64_t>(scalar);
-    if (number < spec.minimum || number > spec.maximum) {
-        refuseValue(BRY_OUT_OF_RANGE, spec, std::to_string(number));
+    if (number < definition.minimum || number > definition.maximum) {
+        refuseValue(BRY_OUT_OF_RANGE, definition, std::to_string(number));
     }
 }
 
-void checkValue(const AttributeSpec& spec, const AttributeValue& value) {
-    if (value.type != spec.type) {
-        refuseValue(BRY_WRONG_TYPE, spec, "given as " + typeName(value.type));
+void checkValue(const AttributeDefinition& definition, const AttributeValue& value) {
+    if (value.type != definition.type) {
+        refuseValue(BRY_WRONG_TYPE, definition, "given as " + typeName(value.type));
     }
-    if (value.values.size() > spec.mostValues) {
-        refuseValue(BRY_WRONG_TYPE, spec, "given " + std::to_string(value.values.size()) + " values");
+    if (value.values.size() > definition.mostValues) {
+        refuseValue(BRY_WRONG_TYPE, definition, "given " + std::to_string(value.values.size()) + " values");
     }
     for (const Scalar& scalar : value.values) {
-        checkScalar(spec, scalar);
+        checkScalar(definition, scalar);
     }
 }
 
-const ClassSpec* findClass(std::string_view className) {
-    const auto found = std::find_if(model().begin(), model().end(),
-                                    [className](const ClassSpec& spec) { return spec.name == className; });
+const ClassDefinition* findClass(std::string_view className) {
+    const auto found = std::find_if(model().begin(), model().end(), [className](const ClassDefinition& definition) {
+        return definition.name == className;
+    });
     return found == model().end() ? nullptr : &*found;
+}
+
+[[noreturn]] void refusePlace(const std::string& className, const std::string& above, const std::string& parent) {
+    const std::string place = above.empty() ? " cannot be the root" : " cannot stand below " + above;
+    const std::string allowed = parent.empty() ? "nothing above it" : "below " + parent;
+    throw Refusal(BRY_WRONG_PARENT, className + place + "; allowed: " + allowed);
 }
 
 }  // namespace
 
-const std::vector<ClassSpec>& model() {
-    static const std::vector<ClassSpec> classes = {
+const std::vector<ClassDefinition>& model() {
+    static const std::vector<ClassDefinition> classes = {
         {"ManagedElement", "managedElementId", "", {}},
         {"SystemFunctions", "systemFunctionsId", "ManagedElement", {}},
         {"SysM", "sysMId", "SystemFunctions", {}},
@@ -79,7 +86,7 @@ const std::vector<ClassSpec>& model() {
     return classes;
 }
 
-std::string AttributeSpec::allowed() const {
+std::string AttributeDefinition::allowed() const {
     const std::string many = isSequence() ? "up to " + std::to_string(mostValues) + " of: " : "";
     if (!literals.empty()) {
         return many + join(literals, " or ");
@@ -90,13 +97,13 @@ std::string AttributeSpec::allowed() const {
     return many + "a number from " + rangeText(*this) + " (" + typeName(type) + ")";
 }
 
-const AttributeSpec& ClassSpec::attribute(std::string_view attributeName) const {
+const AttributeDefinition& ClassDefinition::attribute(std::string_view attributeName) const {
     std::vector<std::string> names;
-    for (const AttributeSpec& spec : attributes) {
-        if (spec.name == attributeName) {
-            return spec;
+    for (const AttributeDefinition& definition : attributes) {
+        if (definition.name == attributeName) {
+            return definition;
         }
-        names.push_back(spec.name);
+        names.push_back(definition.name);
     }
     if (attributeName == keyAttribute) {
         throw Refusal(BRY_INVALID_ARGUMENT, keyAttribute + " is the key of " + name + ": it stands in the DN");
@@ -105,13 +112,13 @@ const AttributeSpec& ClassSpec::attribute(std::string_view attributeName) const 
                                          "\"; it has: " + (names.empty() ? "none" : join(names, ", ")));
 }
 
-const ClassSpec& classSpec(std::string_view className) {
-    if (const ClassSpec* spec = findClass(className)) {
-        return *spec;
+const ClassDefinition& classDefinition(std::string_view className) {
+    if (const ClassDefinition* definition = findClass(className)) {
+        return *definition;
     }
     std::vector<std::string> names;
-    for (const ClassSpec& spec : model()) {
-        names.push_back(spec.name);
+    for (const ClassDefinition& definition : model()) {
+        names.push_back(definition.name);
     }
     throw Refusal(BRY_UNKNOWN_CLASS,
                   "there is no class \"" + escape(className) + "\"; there are: " + join(names, ", "));
@@ -120,11 +127,9 @@ const ClassSpec& classSpec(std::string_view className) {
 void checkPlace(const Dn& dn) {
     std::string above;
     for (const std::string& className : split(dn.classPath(), ',')) {
-        const std::string& parent = classSpec(className).parent;
+        const std::string& parent = classDefinition(className).parent;
         if (parent != above) {
-            throw Refusal(BRY_WRONG_PARENT,
-                          className + (above.empty() ? " cannot be the root" : " cannot stand below " + above) +
-                              "; allowed: " + (parent.empty() ? "nothing above it" : "below " + parent));
+            refusePlace(className, above, parent);
         }
         above = className;
     }
@@ -133,22 +138,22 @@ void checkPlace(const Dn& dn) {
 void checkClassPath(std::string_view classPath) {
     std::string above;
     for (const std::string& className : split(classPath, ',')) {
-        const ClassSpec* spec = findClass(className);
-        if (spec == nullptr || spec->parent != above) {
+        const ClassDefinition* definition = findClass(className);
+        if (definition == nullptr || definition->parent != above) {
             throw Refusal(BRY_UNKNOWN_CLASS, "the model has no class path \"" + escape(classPath) + "\"");
         }
         above = className;
     }
 }
 
-void checkAttributes(const ClassSpec& spec, const Attributes& attributes) {
+void checkAttributes(const ClassDefinition& definition, const Attributes& attributes) {
     for (const auto& [name, value] : attributes) {
-        checkValue(spec.attribute(name), value);
+        checkValue(definition.attribute(name), value);
     }
 }
 
-void addDefaults(const ClassSpec& spec, Attributes& attributes) {
-    for (const AttributeSpec& attribute : spec.attributes) {
+void addDefaults(const ClassDefinition& definition, Attributes& attributes) {
+    for (const AttributeDefinition& attribute : definition.attributes) {
         attributes.try_emplace(attribute.name, AttributeValue{attribute.type, attribute.defaultValues});
     }
 }

@@ -11,7 +11,7 @@
 namespace TulNode {
 
 /** What an attribute may hold. */
-struct AttributeSpec {
+struct AttributeDefinition {
     std::string name;
     TulOamSpiMoAttributeType_3 type;
     std::size_t mostValues;            /**< 1: a single value; more: a sequence */
@@ -27,21 +27,21 @@ struct AttributeSpec {
 };
 
 /** A class of managed objects. Its key attribute is readable but never changes. */
-struct ClassSpec {
+struct ClassDefinition {
     std::string name;
     std::string keyAttribute;
     std::string parent; /**< the class above; empty for the root */
-    std::vector<AttributeSpec> attributes;
+    std::vector<AttributeDefinition> attributes;
 
     /** Refusal with BRY_UNKNOWN_CLASS, or BRY_INVALID_ARGUMENT for the key attribute. */
-    const AttributeSpec& attribute(std::string_view attributeName) const;
+    const AttributeDefinition& attribute(std::string_view attributeName) const;
 };
 
 /** The whole model of the node, in the order root first. */
-const std::vector<ClassSpec>& model();
+const std::vector<ClassDefinition>& model();
 
 /** Refusal with BRY_UNKNOWN_CLASS. */
-const ClassSpec& classSpec(std::string_view className);
+const ClassDefinition& classDefinition(std::string_view className);
 
 /** Whether the classes of the DN may stand below each other so. Refusal: BRY_UNKNOWN_CLASS or BRY_WRONG_PARENT. */
 void checkPlace(const Dn& dn);
@@ -50,10 +50,10 @@ void checkPlace(const Dn& dn);
 void checkClassPath(std::string_view classPath);
 
 /** Refusal: the attribute's, BRY_WRONG_TYPE (also: several values where one is allowed) or BRY_OUT_OF_RANGE. */
-void checkAttributes(const ClassSpec& spec, const Attributes& attributes);
+void checkAttributes(const ClassDefinition& definition, const Attributes& attributes);
 
 /** Adds the default of each attribute that is not given. */
-void addDefaults(const ClassSpec& spec, Attributes& attributes);
+void addDefaults(const ClassDefinition& definition, Attributes& attributes);
 
 }  // namespace TulNode
 

@@ -21,9 +21,11 @@ inline constexpr const char* ownerOperator = "operator";
 
 /** All that the node has to offer to a component. */
 struct Services {
-    /** State file as for MoStore. */
-    explicit Services(const std::string& stateFile)
-        : store(stateFile), transactions(store, [this](Commit commit) { publish(std::move(commit)); }) {}
+    /** State file as for MoStore, clock as for TransactionMaster. */
+    explicit Services(const std::string& stateFile, TransactionMaster::Clock clock = std::chrono::steady_clock::now)
+        : store(stateFile),
+          transactions(
+              store, [this](Commit commit) { publish(std::move(commit)); }, std::move(clock)) {}
 
     Journal journal;
     RunLog runs;

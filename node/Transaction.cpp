@@ -37,6 +37,56 @@ Attributes difference(const Attributes& before, const Attributes& after) {
     return changed;
 }
 
+struct OrderedChange {
+    std::uint64_t order;
+    Dn dn;
+    MoChange change;
+
+    /** Puts those that liftOver() made equal in the only order in which they can be carried out. */
+    auto key() const {
+        const auto depth = static_cast<std::ptrdiff_t>(dn.depth());
+        return std::pair(order, change.type == DELETED ? -depth : depth);
+    }
+};
+
+/** Moves a change that needs another one to be made first, the parent's or the child's, behind it. */
+void liftOver(OrderedChange& later, CmEventType type, const std::string& first,
+              const std::map<std::string, std::uint64_t>& orders) {
+    const auto found = orders.find(first);
+    if (later.change.type == type && found != orders.end()) {
+        later.order = std::max(later.order, found->second);
+    }
+}
+
+/**
+ * Sorts changes that come in tree order. The order in which they were made would do if nobody else committed
+ * meanwhile: a parent that others deleted is created again behind its new child, for one.
+ */
+std::vector<MoChange> inOrder(std::vector<OrderedChange> changes) {
+    std::map<std::string, std::uint64_t> created;
+    for (OrderedChange& change : changes) {
+        liftOver(change, CREATED, change.dn.parent(), created);
+        if (change.change.type == CREATED) {
+            created[change.dn.text()] = change.order;
+        }
+    }
+    std::map<std::string, std::uint64_t> deletedBelow;
+    std::for_each(changes.rbegin(), changes.rend(), [&deletedBelow](OrderedChange& change) {
+        liftOver(change, DELETED, change.dn.text(), deletedBelow);
+        if (change.change.type == DELETED) {
+            std::uint64_t& last = deletedBelow[change.dn.parent()];
+            last = std::max(last, change.order);
+        }
+    });
+    std::sort(changes.begin(), changes.end(), [](const auto& a, const auto& b) { return a.key() < b.key(); });
+    std::vector<MoChange> result;
+    result.reserve(changes.size());
+    for (OrderedChange& change : changes) {
+        result.push_back(std::move(change.change));
+    }
+    return result;
+}
+
 [[noreturn]] void refuseMissing(const std::string& dn) {
     throw Refusal(BRY_NOT_FOUND, "there is no MO " + dn);
 }
@@ -45,7 +95,7 @@ Attributes difference(const Attributes& before, const Attributes& after) {
 
 std::optional<Attributes> Transaction::find(const std::string& dn) const {
     const auto own = _touched.find(dn);
-    if (own != _touched.end() && (own->second.complete || !own->second.exists)) {
+    if (own != _touched.end() && own->second.hidesStored()) {
         return own->second.exists ? std::optional(own->second.attributes) : std::nullopt;
     }
     std::optional<StoredMo> stored = _store.find(dn);
@@ -81,7 +131,7 @@ std::vector<std::string> Transaction::withTouched(std::vector<std::string> store
 
 bool Transaction::exists(const std::string& dn) const {
     const auto own = _touched.find(dn);
-    if (own != _touched.end() && (own->second.complete || !own->second.exists)) {
+    if (own != _touched.end() && own->second.hidesStored()) {
         return own->second.exists;
     }
     return _store.contains(dn);
@@ -102,14 +152,13 @@ Transaction::Touched& Transaction::touch(const std::string& dn) {
     if (found != _touched.end()) {
         return found->second;
     }
-    const std::optional<std::int64_t> base = _store.version(dn);
-    return _touched.emplace(dn, Touched{base, base.has_value(), false, {}, ++_changes}).first->second;
+    return _touched.emplace(dn, Touched{_store.version(dn), ++_changes}).first->second;
 }
 
 void Transaction::create(const Dn& dn, Attributes attributes) {
     checkPlace(dn);
-    const ClassSpec& spec = classSpec(dn.last().className);
-    checkAttributes(spec, attributes);
+    const ClassDefinition& definition = classDefinition(dn.last().className);
+    checkAttributes(definition, attributes);
     if (dn.depth() > 1 && !exists(dn.parent())) {
         throw Refusal(BRY_NO_PARENT_MO, "there is no MO " + dn.parent() + " to create " + dn.last().className + "=" +
                                             dn.last().key + " below");
@@ -117,22 +166,24 @@ void Transaction::create(const Dn& dn, Attributes attributes) {
     if (exists(dn.text())) {
         throw Refusal(BRY_ALREADY_EXISTS, "there is an MO " + dn.text() + " already");
     }
-    addDefaults(spec, attributes);
+    addDefaults(definition, attributes);
     std::erase_if(attributes, [](const auto& attribute) { return attribute.second.values.empty(); });
     Touched& touched = touch(dn.text());
-    touched = {touched.base, true, true, std::move(attributes), ++_changes};
+    const bool replaces = touched.existed && !touched.exists;
+    touched = {touched.base, ++_changes, replaces, true, true, std::move(attributes)};
 }
 
 void Transaction::set(const Dn& dn, const Attributes& attributes) {
     if (!exists(dn.text())) {
         refuseMissing(dn.text());
     }
-    checkAttributes(classSpec(dn.last().className), attributes);
+    checkAttributes(classDefinition(dn.last().className), attributes);
     Touched& touched = touch(dn.text());
     if (touched.complete) {
         merge(touched.attributes, attributes);
         return;
     }
+    touched.existed = touched.exists = true;
     for (const auto& [name, value] : attributes) {
         touched.attributes.insert_or_assign(name, value);
     }
@@ -146,7 +197,8 @@ void Transaction::remove(const Dn& dn) {
         throw Refusal(BRY_HAS_CHILDREN, dn.text() + " has MOs below it, which must be deleted first");
     }
     Touched& touched = touch(dn.text());
-    touched = {touched.base, false, false, {}, ++_changes};
+    const bool isStored = !touched.complete || touched.existed;
+    touched = {touched.base, ++_changes, isStored};
 }
 
 void Transaction::check(const std::string& dn, const Touched& touched) const {
@@ -154,10 +206,10 @@ void Transaction::check(const std::string& dn, const Touched& touched) const {
     if (_lockPolicy == TUL_LOCK_POLICY_EXCLUSIVE && now != touched.base) {
         throw Refusal(BRY_CONFLICT, dn + " was changed by another transaction meanwhile");
     }
-    if (touched.base && !now) {
+    if (touched.existed && !now) {
         refuseMissing(dn);
     }
-    if (touched.exists && !touched.base) {
+    if (touched.exists && !touched.existed) {
         if (now) {
             throw Refusal(BRY_ALREADY_EXISTS, dn + " was created by another transaction meanwhile");
         }
@@ -166,13 +218,13 @@ void Transaction::check(const std::string& dn, const Touched& touched) const {
             throw Refusal(BRY_NO_PARENT_MO, parent + " was deleted by another transaction meanwhile");
         }
     }
-    if (!touched.exists && touched.base && hasChildren(dn)) {
+    if (!touched.exists && touched.existed && hasChildren(dn)) {
         throw Refusal(BRY_HAS_CHILDREN, "another transaction created MOs below " + dn + " meanwhile");
     }
 }
 
 std::optional<MoChange> Transaction::netChange(const std::string& dn, const Touched& touched) const {
-    if (!touched.base) {
+    if (!touched.existed) {
         return touched.exists ? std::optional(MoChange{CREATED, dn, touched.attributes}) : std::nullopt;
     }
     if (!touched.exists) {
@@ -184,18 +236,14 @@ std::optional<MoChange> Transaction::netChange(const std::string& dn, const Touc
 }
 
 std::vector<MoChange> Transaction::netChanges() const {
-    std::map<std::uint64_t, MoChange> inOrder;
+    std::vector<OrderedChange> changes;
     for (const auto& [dn, touched] : _touched) {
         check(dn, touched);
         if (std::optional<MoChange> change = netChange(dn, touched)) {
-            inOrder.emplace(touched.order, std::move(*change));
+            changes.push_back({touched.order, Dn(dn), std::move(*change)});
         }
     }
-    std::vector<MoChange> changes;
-    for (auto& [order, change] : inOrder) {
-        changes.push_back(std::move(change));
-    }
-    return changes;
+    return inOrder(std::move(changes));
 }
 
 }  // namespace TulNode

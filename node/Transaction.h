@@ -43,10 +43,14 @@ private:
     /** The state of a touched MO. */
     struct Touched {
         std::optional<std::int64_t> base; /**< its version in the store when it was touched first; none: absent */
-        bool exists;
-        bool complete;         /**< the attributes are all of them: it was created here */
-        Attributes attributes; /**< without `complete`: those that were set, also those without a value now */
-        std::uint64_t order;   /**< of its creation or deletion, else of its first change */
+        std::uint64_t order;              /**< of its creation or deletion, else of its first change */
+        bool existed = false;             /**< the changes are those of an MO that is in the store */
+        bool exists = false;
+        bool complete = false;   /**< the attributes are all of them: it was created here */
+        Attributes attributes{}; /**< without `complete`: those that were set, also those without a value now */
+
+        /** Whether the store's own state of the MO is out of sight. Not for one that was created and deleted here. */
+        bool hidesStored() const { return complete || (existed && !exists); }
     };
 
     Touched& touch(const std::string& dn);

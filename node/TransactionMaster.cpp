@@ -79,8 +79,10 @@ const Transaction& TransactionMaster::readable(Handle handle) {
 void TransactionMaster::commit(Handle handle) {
     const std::lock_guard lock(_mutex);
     auto changes = std::make_shared<std::vector<MoChange>>(writable(handle).netChanges());
-    if (!changes->empty()) {
+    try {
         _store.apply(*changes);
+    } catch (const SQLite::Exception& e) {
+        throw Refusal(BRY_NO_RESOURCES, std::string("the change cannot be written: ") + e.what());
     }
     _open.erase(handle);
     if (!changes->empty()) {
@@ -109,11 +111,11 @@ Attributes TransactionMaster::get(Handle handle, const std::string& dn) {
 AttributeValue TransactionMaster::getAttribute(Handle handle, const std::string& dn, const std::string& name) {
     const Attributes attributes = get(handle, dn);
     const Dn parsed(dn);
-    const ClassSpec& spec = classSpec(parsed.last().className);
-    if (name == spec.keyAttribute) {
+    const ClassDefinition& definition = classDefinition(parsed.last().className);
+    if (name == definition.keyAttribute) {
         return {TUL_MO_TYPE_STRING_3, {parsed.last().key}};
     }
-    const AttributeSpec& attribute = spec.attribute(name);
+    const AttributeDefinition& attribute = definition.attribute(name);
     const auto found = attributes.find(name);
     return found == attributes.end() ? AttributeValue{attribute.type, {}} : found->second;
 }
@@ -142,7 +144,7 @@ void TransactionMaster::createBelow(Handle handle, const std::string& parentDn, 
     if (dn.last().className != className || dn.last().key != key) {
         throw Refusal(BRY_BAD_DN, "\"" + escape(part) + "\" is not one class name with one key");
     }
-    const std::string& expected = classSpec(className).keyAttribute;
+    const std::string& expected = classDefinition(className).keyAttribute;
     if (keyAttribute != expected) {
         throw Refusal(BRY_UNKNOWN_CLASS, "the key attribute of " + className + " is " + expected + ", not \"" +
                                              escape(keyAttribute) + "\"");
