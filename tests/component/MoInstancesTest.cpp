@@ -177,6 +177,16 @@ INSTANTIATE_TEST_SUITE_P(
                                    {std::string(" << ") + cliSshDn + " instance is deleted"}}),
     nameOf<FailedDeletion>);
 
+TEST_F(MoInstances, ADeletionIsTracedBeforeItIsCommitted) {
+    framework.givenMo(cliSshDn);
+    ASSERT_EQ(BRY_OK, library.init(configuration(false)));
+    framework.logLevel = 8;
+    Lines tracesAtCommit;
+    framework.during["commit"] = [&] { tracesAtCommit = framework.traces("deleteMoInstance"); };
+    ASSERT_EQ(BRY_OK, library.start());
+    EXPECT_THAT(tracesAtCommit, ElementsAre(std::string(" << ") + cliSshDn + " instance is deleted"));
+}
+
 struct FailedSearch {
     const char* name;
     std::function<void()> failure; /**< of every search for instances */
