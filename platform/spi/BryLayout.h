@@ -18,7 +18,7 @@
 #endif
 
 #define BRY_LAYOUT_IS(what, on32, on64, text) \
-    BRY_STATIC_ASSERT((what) == (sizeof(void*) == 4 ? (on32) : (on64)), text)
+    BRY_STATIC_ASSERT((sizeof(void*) == 4 && (what) == (on32)) || (sizeof(void*) == 8 && (what) == (on64)), text)
 
 #define BRY_LAYOUT_OFFSET(record, field, on32, on64) \
     BRY_LAYOUT_IS(offsetof(record, field), on32, on64, #record "." #field " is out of place")
