@@ -44,6 +44,11 @@ void ComponentConfiguration::set(const std::string& name, const std::string& val
 }
 
 void ComponentConfiguration::useFile(const std::string& file) {
+    for (const Setting& setting : _settings) {
+        if (file == setting.name) {
+            throw Refusal(BRY_INVALID_ARGUMENT, file + " needs a value: " + file + "=..., " + allowed(setting));
+        }
+    }
     _fileText = readFile(file);
     _file = file;
 }

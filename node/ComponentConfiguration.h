@@ -20,11 +20,17 @@ public:
     /** Refusal for an unknown name, a value that is not allowed, or when the text comes from a file. */
     void set(const std::string& name, const std::string& value);
 
-    /** Reads the file now. std::runtime_error. */
+    /** Reads the file now. std::runtime_error; Refusal for the name of a setting, which lacks its value then. */
     void useFile(const std::string& file);
 
-    /** Goes back to the built-in settings. */
-    void useDefaults() { *this = ComponentConfiguration(); }
+    /** Makes the settings of now those that useDefaults goes back to: the node's options are its defaults. */
+    void keepAsDefaults() { _defaults = _settings; }
+
+    /** Drops the file and goes back to the default settings. */
+    void useDefaults() {
+        _settings = _defaults;
+        _fileText.reset();
+    }
 
     std::string xml() const;
     const std::vector<Setting>& settings() const { return _settings; }
@@ -34,8 +40,9 @@ private:
         {"sshdManagement", "true", 0, 0},
         {"cliPort", "2022", 1, 65535},
         {"netconfPort", "2830", 1, 65535},
-        {"renegotiationTime", "3600", 0, 4294967295},
+        {"renegotiationTime", "3600", 0, 2147483647},  // sshd takes no more
     };
+    std::vector<Setting> _defaults = _settings;
     std::optional<std::string> _fileText;
     std::string _file;
 };

@@ -3,6 +3,7 @@
 #include <cerrno>
 #include <charconv>
 #include <cstring>
+#include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <stdexcept>
@@ -120,6 +121,9 @@ std::optional<long long> toNumber(std::string_view text) {
 }
 
 std::string readFile(const std::string& file) {
+    if (std::filesystem::is_directory(file)) {
+        throw std::runtime_error("cannot read " + file + ": it is a folder");
+    }
     std::ifstream stream(file, std::ios::binary);
     if (!stream.is_open()) {
         throw std::runtime_error("cannot read " + file + ": " + std::strerror(errno));

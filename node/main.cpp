@@ -84,6 +84,7 @@ Node::Settings settingsFrom(const Options& options) {
 void prepare(Node& node, const Options& options) {
     node.services.journal.setLevel(options.logLevel);
     node.configuration = options.configuration;
+    node.configuration.keepAsDefaults();
     if (!options.configurationFile.empty()) {
         node.configuration.useFile(options.configurationFile);
     }

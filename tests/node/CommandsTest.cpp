@@ -108,8 +108,8 @@ TEST_F(Prompted, SeveralChangesMayBeOneTransaction) {
 
 TEST_F(Prompted, SaysWhatIsWrongAndWhatIsAllowed) {
     EXPECT_THAT(errorOf("open"), HasSubstr("there is no command \"open\""));
-    EXPECT_THAT(errorOf("set Ssh"), HasSubstr("usage: set DN attribute=value ..."));
-    EXPECT_THAT(errorOf("show a b"), HasSubstr("usage: show [DN]"));
+    EXPECT_THAT(errorOf("set Ssh"), HasSubstr("usage: set DN|CLASS attribute=value ..."));
+    EXPECT_THAT(errorOf("show a b"), HasSubstr("usage: show [DN|CLASS]"));
     EXPECT_THAT(errorOf("set Ssh colour=red"), HasSubstr("it has: selectedCiphers, selectedKeyExchanges"));
     EXPECT_THAT(errorOf("lock Ssh"), HasSubstr("no attribute \"administrativeState\""));
     EXPECT_THAT(errorOf("lock CliSsh"), HasSubstr("no MO of the class CliSsh"));
@@ -159,12 +159,23 @@ TEST_F(Prompted, ConfiguresTheNextLoad) {
     EXPECT_THAT(errorOf("configure colour=red"), HasSubstr("there are: sshdManagement"));
     EXPECT_THAT(errorOf("configure sshdManagement=yes"), HasSubstr("true or false"));
     EXPECT_THAT(errorOf("configure /no/such/file"), HasSubstr("No such file"));
+    EXPECT_THAT(errorOf("configure /tmp"), HasSubstr("cannot read /tmp: it is a folder"));
+    EXPECT_THAT(errorOf("configure cliPort"), HasSubstr("cliPort needs a value: cliPort=..., a number from 1"));
     std::ofstream(temporary("own.xml")) << "<own/>";
     expectSilence("configure " + temporary("own.xml"));
     EXPECT_THAT(lines("load"), Contains("log: info init: <own/>"));
     EXPECT_THAT(errorOf("configure cliPort=1"), HasSubstr("comes from "));
     expectSilence("configure default");
     EXPECT_THAT(lines("configure"), Contains("    <cliPort>2022</cliPort>"));
+}
+
+TEST(Configuration, GoesBackToTheDefaultsThatTheOptionsMade) {
+    ComponentConfiguration configuration;
+    configuration.set("cliPort", "4022");
+    configuration.keepAsDefaults();
+    configuration.set("cliPort", "5022");
+    configuration.useDefaults();
+    EXPECT_THAT(configuration.xml(), HasSubstr("<cliPort>4022</cliPort>"));
 }
 
 TEST_F(Prompted, AsksTheAdapterForThePorts) {
@@ -182,7 +193,7 @@ TEST_F(Prompted, HelpsAndEchoesAndQuits) {
     expectSilence("");
     expectSilence("  # a remark");
     EXPECT_THAT(lines("echo a  b"), ElementsAre("a b"));
-    EXPECT_THAT(lines("help lock"), ElementsAre("lock DN", "  Sets administrativeState to LOCKED."));
+    EXPECT_THAT(lines("help lock"), ElementsAre("lock DN|CLASS", "  Sets administrativeState to LOCKED."));
     EXPECT_GT(lines("help").size(), 40U);
     EXPECT_FALSE(shell.isOver());
     expectSilence("quit");
