@@ -32,7 +32,7 @@ expect_each_refused() { # WORDS, then command lines, a line each, words separate
 @test "only the two doors are known, and only the words that are laid down" {
     expect_each_refused 'see vorma --help' 'telnet|lock' 'CLISSH|lock' 'clissh' 'clissh|open' 'clissh|unlock' 'clissh|unlock|port' \
         'clissh|unlock|22' 'clissh|unlock|Port|22' 'clissh|unlock|port|22|23' 'clissh|lock|22' 'spi-revision|now' 'status|clissh' \
-        'clissh||lock' '-v' '../clissh|lock'
+        'clissh||lock' '-v' '../clissh|lock' 'clissh:2|lock' 'ssh:2|--ipQos|46' 'status:1'
 }
 
 @test "no argument at all is refused, and an empty one" {
@@ -40,6 +40,12 @@ expect_each_refused() { # WORDS, then command lines, a line each, words separate
     expect_refused $USAGE 'a command is missing'
     vorma ''
     expect_refused $USAGE 'is no command'
+}
+
+@test "an unknown command is refused as such also where there are no settings" {
+    rm "$scripts/vorma.conf"
+    vorma help
+    expect_refused $USAGE "'help' is no command; see vorma --help"
 }
 
 @test "algorithm names are plain, none is empty, none comes twice" {
@@ -68,6 +74,11 @@ expect_each_refused() { # WORDS, then command lines, a line each, words separate
 @test "a renegotiation time is a plain number of seconds from 1, or none" {
     expect_each_refused 'must be 1 to 2147483647' 'ssh|--renegotiationTime|0' 'ssh|--renegotiationTime|1h' 'ssh|--renegotiationTime|-5' \
         'ssh|--renegotiationTime|None' 'ssh|--renegotiationTime|2147483648' 'ssh|--renegotiationTime|4294967295'
+}
+
+@test "sshd itself takes no longer renegotiation time" {
+    "$SSHD" -T -f "$base" -o 'RekeyLimit default 2147483647'
+    run ! "$SSHD" -T -f "$base" -o 'RekeyLimit default 2147483648'
 }
 
 @test "an option needs its value, a batch needs an option, and no other option is known" {
@@ -113,6 +124,18 @@ expect_setting_refused() { # LINE WORDS
     expect_setting_refused 'SPI_REVISION=1.8' "SPI_REVISION='1.8' must be three numbers"
     expect_setting_refused 'SPI_REVISION=a.b.c' 'must be three numbers'
     expect_setting_refused $'SSHD=/usr/sbin/sshd\r' 'must be an absolute path'
+}
+
+@test "the example of the settings file is taken, with each of its lines in force, and leaves no setting out" {
+    vorma_example=${ADAPTER_SOURCE%/*}/vorma.conf.example
+    for edit in '' 's/^#\([A-Z_]*=\)/\1/'; do
+        sed "$edit" "$vorma_example" >"$scripts/vorma.conf"
+        vorma spi-revision
+        [ "$status" -eq 0 ]
+    done
+    set_settings none=1
+    vorma spi-revision
+    for key in ${stderr#*allowed are }; do grep -qE "^#?$key=" "$vorma_example"; done
 }
 
 @test "settings are read, never run" {

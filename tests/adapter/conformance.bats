@@ -6,7 +6,9 @@
 # VORMA        the adapter, installed so that it works; the reference adapter on a private sshd when it is not set.
 #              Its doors are opened, moved and closed, and its settings changed: use a node that serves nobody.
 # VORMA_ADDRESS   where its doors listen (127.0.0.1)
-# VORMA_CIPHER    a cipher that its sshd knows (aes256-ctr)
+# VORMA_CIPHERS, VORMA_KEXES, VORMA_MACS   two names each that its server knows and the local ssh offers by itself, with a comma between; no
+#              cipher that brings a MAC of its own (aes256-ctr,aes128-ctr  curve25519-sha256,ecdh-sha2-nistp256  hmac-sha2-256,hmac-sha2-512)
+# VORMA_USER, VORMA_KEY   who may log in through both doors, and the file of the private key; without them no session can be watched
 
 load harness
 setup_file() { make_keys; }
@@ -14,11 +16,13 @@ setup_file() { make_keys; }
 setup() {
     free_port port
     free_port other_port
-    address=${VORMA_ADDRESS:-127.0.0.1} cipher=${VORMA_CIPHER:-aes256-ctr}
+    address=${VORMA_ADDRESS:-127.0.0.1}
+    ciphers=${VORMA_CIPHERS:-aes256-ctr,aes128-ctr} cipher=${ciphers%,*} other_cipher=${ciphers#*,}
     if [ -n "${VORMA-}" ]; then
-        call=("$VORMA")
+        call=("$VORMA") user=${VORMA_USER-} key=${VORMA_KEY-}
     else
         set_stage
+        user=$(id -un) key=$BATS_FILE_TMPDIR/client_key
         # shellcheck disable=SC2206
         call=(${VORMA_SHELL:-sh} "$scripts/vorma")
     fi
@@ -27,6 +31,7 @@ setup() {
 }
 
 teardown() {
+    end_session
     limit=30 run_it clissh lock
     limit=30 run_it netconfssh lock
     [ -n "${VORMA-}" ] || clear_stage
@@ -38,11 +43,56 @@ must() { limit=30 run_it "$@"; [ "$status" -eq 0 ] || { echo "vorma $* ended wit
 must_not() {
     limit=30 run_it "$@"
     { [ "$status" -ne 0 ] && [ "$status" -lt 126 ]; } || { echo "vorma $* ended with $status" >&2; return 1; }
-    [ -n "$stderr" ] || { echo "vorma $* does not say why" >&2; return 1; }
+    [ "${#stderr_lines[@]}" -eq 1 ] || { echo "vorma $* does not say in one line why: '$stderr'" >&2; return 1; }
 }
-knows() { [ "$major" -gt 1 ] || { [ "$major" -eq 1 ] && [ "$minor" -ge "$1" ]; } || skip "revision $major.$minor.$patch"; }
+is_since() { [ "$major" -gt 1 ] || { [ "$major" -eq 1 ] && [ "$minor" -ge "$1" ]; }; }
+knows() { is_since "$1" || skip "revision $major.$minor.$patch"; }
 open_on() { greets "$1" "$address"; }
-closed_on() { ! open_on "$1"; }
+closed_on() { refuses "$1" "$address"; }
+
+# What becomes of a client that offers only what it is told to. It ends where it would have to log in.
+offer() { # PORT CLIENT-OPTION
+    run "${ssh_client[@]}" -n -v -o PreferredAuthentications=none -o "$2" -p "$1" "nobody@$address" true
+}
+gets_in() { # PORT CLIENT-OPTION: far enough to exchange data under what was agreed
+    offer "$@"
+    [[ $output == *'SSH2_MSG_SERVICE_ACCEPT received'* ]] || { echo "$2 does not get in: $output" >&2; return 1; }
+}
+turned_away() { # PORT CLIENT-OPTION
+    offer "$@"
+    [[ $output == *': no matching '*' found. Their offer: '* ]] || { echo "$2 is not turned away: $output" >&2; return 1; }
+}
+
+# Each of the two is set in turn: so it does not matter what the server served before, and that it knows both is seen as well.
+only_what_is_set_gets_in() { # OPTION CLIENT-KEYWORD NAME,NAME
+    knows 7
+    must clissh unlock port "$port"
+    must netconfssh unlock port "$other_port"
+    for pair in "$3" "${3#*,},${3%,*}"; do
+        must ssh --ciphers "$cipher" "$1" "${pair%,*}"
+        for at in "$port" "$other_port"; do
+            gets_in "$at" "$2=${pair%,*}"
+            turned_away "$at" "$2=${pair#*,}"
+        done
+    done
+}
+
+# A session that asks every second whether the other side is still there.
+hold_session() { # PORT
+    { [ -n "$user" ] && [ -n "$key" ]; } || skip 'VORMA_USER and VORMA_KEY are not set'
+    heard=$BATS_TEST_TMPDIR/heard
+    : >"$heard"
+    "${ssh_client[@]}" -n -N -vvv -o ServerAliveInterval=1 -i "$key" -p "$1" "$user@$address" 2>>"$heard" >/dev/null 3>&- &
+    session=$!
+    wait_until is_answered 1
+}
+answers() { grep -c 'receive packet: type 8[12]' "$heard" || true; }
+is_answered() { [ "$(answers)" -ge "$1" ]; }
+is_over() { ! kill -0 "$session" 2>/dev/null; }
+is_answered_or_over() { is_answered "$1" || is_over; }
+# The first answer may have been under way before.
+session_lives() { wait_until is_answered_or_over $(($(answers) + 2)) && ! is_over; }
+end_session() { [ -z "${session-}" ] || { kill "$session" 2>/dev/null; wait "$session" || true; }; }
 
 @test "the revision is three numbers, within 5 seconds" {
     limit=5 run_it spi-revision
@@ -58,7 +108,7 @@ closed_on() { ! open_on "$1"; }
     done
 }
 
-@test "once lock has ended with 0 the door is closed" {
+@test "once lock has ended with 0 the door refuses connections" {
     must clissh unlock port "$port"
     must clissh lock
     closed_on "$port"
@@ -107,37 +157,76 @@ closed_on() { ! open_on "$1"; }
     must_not ssh --frobnicate 1
 }
 
+@test "the cipher that is set gets in through both doors, and no other" { only_what_is_set_gets_in --ciphers Ciphers "$ciphers"; }
+
+@test "the key exchange that is set gets in through both doors, and no other" {
+    only_what_is_set_gets_in --kexAlgorithms KexAlgorithms "${VORMA_KEXES:-curve25519-sha256,ecdh-sha2-nistp256}"
+}
+
+@test "the MAC that is set gets in through both doors, and no other" {
+    only_what_is_set_gets_in --macs MACs "${VORMA_MACS:-hmac-sha2-256,hmac-sha2-512}"
+}
+
+@test "a session lives on while its door is moved and locked, and while settings change" {
+    must clissh unlock port "$port"
+    hold_session "$port"
+    must clissh unlock port "$other_port"
+    ! is_since 7 || must ssh --ciphers "$other_cipher"
+    must clissh lock
+    closed_on "$other_port"
+    session_lives
+}
+
 @test "algorithms, DSCP and renegotiation are taken in one batch, and the doors go on greeting" {
     knows 8
     must clissh unlock port "$port"
-    must ssh --ciphers "$cipher" --ipQos 46 --ipQos 10 --renegotiationTime 3600
-    open_on "$port"
+    must ssh --ciphers "$other_cipher" --ciphers "$cipher" --ipQos 46 --ipQos 10 --renegotiationTime 3600
+    gets_in "$port" "Ciphers=$cipher"
+    turned_away "$port" "Ciphers=$other_cipher"
+    for dscp in 0 63; do must ssh --ipQos $dscp --renegotiationTime 1; done
     must ssh --removeIpQoS --renegotiationTime none
-    open_on "$port"
+    gets_in "$port" "Ciphers=$cipher"
+    turned_away "$port" "Ciphers=$other_cipher"
 }
 
-@test "settings are taken while the doors are closed" {
+@test "settings that are given while a door is closed hold when it opens" {
     knows 7
-    must ssh --ciphers "$cipher" --removeIpQoS
     must clissh unlock port "$port"
-    open_on "$port"
+    must netconfssh lock
+    for set in "$cipher" "$other_cipher"; do must ssh --ciphers "$set"; done
+    must netconfssh unlock port "$other_port"
+    gets_in "$other_port" "Ciphers=$other_cipher"
+    turned_away "$other_port" "Ciphers=$cipher"
+    for door in clissh netconfssh; do must $door lock; done
+    must ssh --ciphers "$cipher"
+    must clissh unlock port "$port"
+    must netconfssh unlock port "$other_port"
+    for at in "$port" "$other_port"; do
+        gets_in "$at" "Ciphers=$cipher"
+        turned_away "$at" "Ciphers=$other_cipher"
+    done
 }
 
-@test "an unknown algorithm is refused and the doors go on greeting" {
+@test "a batch with an unknown algorithm or a bad value is refused as a whole" {
     knows 7
     must clissh unlock port "$port"
+    must ssh --ciphers "$cipher"
+    must_not ssh --ciphers "$other_cipher" --macs no-such-algorithm
     for option in --ciphers --kexAlgorithms --macs; do must_not ssh $option no-such-algorithm; done
     for list in ',' "$cipher," "$cipher,,$cipher" '-*' ''; do must_not ssh --ciphers "$list"; done
-    for dscp in 64 -1 ef ''; do must_not ssh --ipQos "$dscp"; done
-    open_on "$port"
+    for dscp in 64 -1 ef ''; do must_not ssh --ciphers "$other_cipher" --ipQos "$dscp"; done
+    gets_in "$port" "Ciphers=$cipher"
+    turned_away "$port" "Ciphers=$other_cipher"
 }
 
-@test "a run that is killed keeps no later run from succeeding" {
+@test "a run that is killed keeps no later run from succeeding, and leaves the other door open" {
+    must netconfssh unlock port "$other_port"
     for milliseconds in 0 5 10 15 20 30 40; do
         env -i PATH=/usr/bin:/bin setsid "${call[@]}" clissh unlock port "$port" </dev/null >/dev/null 2>&1 3>&- &
         sleep "0.$(printf %03d $milliseconds)"
         kill -KILL -- "-$!" 2>/dev/null || true
         wait $! 2>/dev/null || true
+        open_on "$other_port"
         must clissh unlock port "$port"
         open_on "$port"
         must clissh lock

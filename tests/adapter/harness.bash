@@ -4,7 +4,7 @@
 bats_require_minimum_version 1.5.0
 ADAPTER_SOURCE=$(cd "$BATS_TEST_DIRNAME/../.." && pwd)/adapter/vorma
 SSHD=/usr/sbin/sshd
-export PATH=$PATH:/usr/sbin:/sbin
+export PATH=$PATH:/usr/sbin:/sbin LC_ALL=C
 
 # --- the stage ---
 
@@ -16,7 +16,7 @@ make_keys() {
 
 set_stage() {
     [ "$(id -u)" != 0 ] || [ -d /run/sshd ] || { echo "sshd of root needs the directory /run/sshd" >&2; return 1; }
-    scripts=$BATS_TEST_TMPDIR/scripts state=$BATS_TEST_TMPDIR/state base=$BATS_TEST_TMPDIR/base_config taken_ports=' '
+    scripts=$BATS_TEST_TMPDIR/scripts state=$BATS_TEST_TMPDIR/state base=$BATS_TEST_TMPDIR/base_config
     mkdir "$scripts"
     ln -s "$ADAPTER_SOURCE" "$scripts/vorma"
     cat >"$base" <<TEXT
@@ -45,13 +45,13 @@ no_candidates_left() {
     [ ! -d "$state/new" ] || [ -n "${candidates_expected-}" ] || [ -z "$(ls -A "$state/new")" ]
 }
 
+# By find: bats stops at every command of a loop, and the loop would be one over all processes.
 processes_of() { # DIRECTORY: each sshd that has it in its command line
-    local entry words
-    for entry in /proc/[0-9]*; do
-        [[ $entry/exe -ef $SSHD ]] || continue
-        { words=$(tr '\0' ' ' <"$entry/cmdline"); } 2>/dev/null
-        [[ $words != *"$1/"* ]] || echo "${entry#/proc/}"
-    done
+    local exe words
+    while read -r exe; do
+        { words=$(tr '\0' ' ' <"${exe%exe}cmdline"); } 2>/dev/null || continue
+        [[ $words != *"$1/"* ]] || basename "${exe%/exe}"
+    done < <(find -L /proc/[0-9]*/exe -maxdepth 0 -samefile "$SSHD" 2>/dev/null)
 }
 no_process_of() { [ -z "$(processes_of "$1")" ]; }
 
@@ -93,26 +93,35 @@ greets() { # PORT [ADDRESS]
     exec 5>&-
     [[ $line == SSH-2.0-* ]]
 }
-refuses() { # PORT
-    ! { exec 5<>"/dev/tcp/127.0.0.1/$1"; } 2>/dev/null || { exec 5>&-; return 1; }
+# Not the same as a port that accepts and never greets, nor as one that does not answer.
+refuses() { # PORT [ADDRESS]
+    [[ $({ exec 5<>"/dev/tcp/${2:-127.0.0.1}/$1"; } 2>&1) == *'Connection refused'* ]]
 }
 
-# Below the range from which outgoing connections take theirs; a variable, since a subshell would forget what it gave.
-free_port() { # VARIABLE
-    local candidate
-    while :; do
-        candidate=$((20000 + (RANDOM * 32768 + RANDOM) % 12000))
-        [[ $taken_ports != *" $candidate "* ]] && refuses $candidate && break
-    done
-    taken_ports="$taken_ports$candidate "
-    printf -v "$1" %s "$candidate"
+# Ten ports for each run of bats, below the range from which outgoing connections take theirs. Between the choice of a port and
+# its use another run could choose it too: each shell has 4000 of its own, in which runs at the same time scatter.
+first_port() {
+    local shell sum
+    case ${VORMA_SHELL:-sh} in dash) shell=0 ;; bash) shell=1 ;; *) shell=2 ;; esac
+    sum=$(cksum <<<"$BATS_RUN_TMPDIR")
+    next_port=$((20000 + shell * 4000 + ${sum%% *} % 400 * 10))
 }
+
+# Into a variable, since a subshell would forget what it gave.
+free_port() { # VARIABLE
+    [ -n "${next_port-}" ] || first_port
+    until refuses $next_port "${VORMA_ADDRESS:-127.0.0.1}"; do next_port=$((next_port + 1)); done
+    printf -v "$1" %s "$next_port"
+    next_port=$((next_port + 1))
+}
+
+ssh_client=(ssh -F none -o BatchMode=yes -o StrictHostKeyChecking=no -o UserKnownHostsFile=/dev/null -o UpdateHostKeys=no
+    -o IdentitiesOnly=yes -o ConnectTimeout=10)
 
 login() { # PORT [OPTION...] COMMAND
     local port=$1
     shift
-    ssh -F none -n -o BatchMode=yes -o StrictHostKeyChecking=no -o UserKnownHostsFile=/dev/null -o LogLevel=ERROR -o IdentitiesOnly=yes \
-        -i "$BATS_FILE_TMPDIR/client_key" -p "$port" "$(id -un)@127.0.0.1" "$@"
+    "${ssh_client[@]}" -n -o LogLevel=ERROR -i "$BATS_FILE_TMPDIR/client_key" -p "$port" "$(id -un)@127.0.0.1" "$@"
 }
 
 door_pid() { cat "$state/$1.pid"; }

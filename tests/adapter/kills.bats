@@ -6,19 +6,31 @@ setup_file() { make_keys; }
 setup() { set_stage; free_port port; free_port other_port; free_port third_port; }
 teardown() { clear_stage; }
 
-# Steps of a millisecond or so from the start of a run to beyond its end.
-LAST=${VORMA_KILL_MILLISECONDS:-60} STEP=${VORMA_KILL_STEP:-3}
+# Twelve kills a test are coarse; VORMA_KILLS=200 makes a search of it.
+KILLS=${VORMA_KILLS:-12}
 
-run_and_kill_after() { # MILLISECONDS COMMAND...
-    local delay
-    printf -v delay '0.%03d' "$1"
-    shift
-    # shellcheck disable=SC2086
-    env -i PATH=/usr/bin:/bin setsid ${VORMA_SHELL:-sh} "$scripts/vorma" "$@" </dev/null >/dev/null 2>&1 3>&- &
+# KILLS delays in seconds, spread evenly from the start of a run to beyond its end. What a run takes is measured here and now, since on a
+# busy machine fixed delays would all fall into its beginning.
+spread_kills() { # COMMAND...: runs it once, uncut; the delays are in $moments
+    local begin=${EPOCHREALTIME/./} span i
+    "$@"
+    span=$(((${EPOCHREALTIME/./} - begin) * 5 / 4)) moments=()
+    for ((i = 0; i < KILLS; i++)); do
+        printf -v "moments[i]" '%d.%06d' $((span * i / KILLS / 1000000)) $((span * i / KILLS % 1000000))
+    done
+}
+
+kill_after() { # DELAY COMMAND...
+    setsid "${@:2}" </dev/null >/dev/null 2>&1 3>&- &
     local group=$!
-    sleep "$delay"
+    sleep "$1"
     kill -KILL -- "-$group" 2>/dev/null || true
     wait "$group" 2>/dev/null || true
+}
+
+run_and_kill_after() { # DELAY COMMAND...
+    # shellcheck disable=SC2086
+    kill_after "$1" env -i PATH=/usr/bin:/bin ${VORMA_SHELL:-sh} "$scripts/vorma" "${@:2}"
 }
 
 # Whole or absent, and what sshd takes: there is no third.
@@ -33,7 +45,10 @@ files_are_sound() {
 one_listener_each() { [ "$(processes_of "$state" | wc -l)" -eq "$1" ]; }
 
 @test "killed at any moment of its first unlock, it leaves nothing that keeps the next run from succeeding" {
-    for after in $(seq 0 "$STEP" "$LAST"); do
+    spread_kills given clissh unlock port "$port"
+    given clissh lock
+    rm -rf "$state"
+    for after in "${moments[@]}"; do
         run_and_kill_after "$after" clissh unlock port "$port"
         files_are_sound
         given clissh unlock port "$port"
@@ -48,7 +63,9 @@ one_listener_each() { [ "$(processes_of "$state" | wc -l)" -eq "$1" ]; }
 @test "killed at any moment of a move, the door is on its old or its new port once the next run has ended" {
     given netconfssh unlock port "$third_port"
     given clissh unlock port "$port"
-    for after in $(seq 0 "$STEP" "$LAST"); do
+    spread_kills given clissh unlock port "$other_port"
+    given clissh unlock port "$port"
+    for after in "${moments[@]}"; do
         run_and_kill_after "$after" clissh unlock port "$other_port"
         files_are_sound
         given netconfssh unlock port "$third_port"
@@ -62,7 +79,9 @@ one_listener_each() { [ "$(processes_of "$state" | wc -l)" -eq "$1" ]; }
 }
 
 @test "killed at any moment of a lock, the door is open or closed, and the next lock closes it" {
-    for after in $(seq 0 "$STEP" "$((LAST / 2))"); do
+    given clissh unlock port "$port"
+    spread_kills given clissh lock
+    for after in "${moments[@]}"; do
         given clissh unlock port "$port"
         run_and_kill_after "$after" clissh lock
         files_are_sound
@@ -75,7 +94,9 @@ one_listener_each() { [ "$(processes_of "$state" | wc -l)" -eq "$1" ]; }
 @test "killed at any moment of a batch, both doors have the old settings or both the new ones" {
     given clissh unlock port "$port"
     given netconfssh unlock port "$other_port"
-    for after in $(seq 0 "$STEP" "$LAST"); do
+    given ssh --ciphers aes256-ctr --ipQos 10
+    spread_kills given ssh --ciphers aes128-ctr --ipQos 46
+    for after in "${moments[@]}"; do
         given ssh --ciphers aes256-ctr --ipQos 10
         run_and_kill_after "$after" ssh --ciphers aes128-ctr --ipQos 46
         files_are_sound
@@ -91,7 +112,8 @@ one_listener_each() { [ "$(processes_of "$state" | wc -l)" -eq "$1" ]; }
 @test "killed at any moment of a run without change, nothing has changed" {
     given clissh unlock port "$port"
     before=$(write_fingerprint)
-    for after in $(seq 0 8); do
+    spread_kills given clissh unlock port "$port"
+    for after in "${moments[@]}"; do
         run_and_kill_after "$after" clissh unlock port "$port"
         [ "$before" = "$(write_fingerprint)" ]
     done
@@ -106,15 +128,15 @@ for line in "Port $1" "Include $BASE" 'Ciphers aes256-ctr' 'MACs hmac-sha2-256' 
     echo "$line" | cat >>"$STATE/clissh.conf"
 done
 TEXT
-    for after in $(seq 0 100); do
-        # shellcheck disable=SC2086
-        env -i PATH=/usr/bin:/bin STATE="$state" BASE="$base" setsid ${VORMA_SHELL:-sh} "$BATS_TEST_TMPDIR/in-place" "$port" 3>&- &
-        group=$!
-        sleep "0.0$((after % 20 + 10))"
-        kill -KILL -- "-$group" 2>/dev/null || true
-        wait $group 2>/dev/null || true
-        files_are_sound 2>/dev/null || return 0
-        rm -rf "$state"
+    # shellcheck disable=SC2206  # "busybox sh" is two words
+    writer=(env -i PATH=/usr/bin:/bin STATE="$state" BASE="$base" ${VORMA_SHELL:-sh} "$BATS_TEST_TMPDIR/in-place" "$port")
+    for again in {1..10}; do
+        spread_kills setsid -w "${writer[@]}"
+        for after in "${moments[@]}"; do
+            rm -rf "$state"
+            kill_after "$after" "${writer[@]}"
+            files_are_sound 2>/dev/null || return 0
+        done
     done
     echo 'no kill hit the writer: the kills prove nothing' >&2
     return 1
