@@ -14,7 +14,7 @@
 #include "BryLayout.h"
 
 /*
- * Type codes. 12 is laid down, the others are the development edition's. In C++ the underlying type is fixed,
+ * Type codes. 12 is fixed, the others are the development edition's. In C++ the underlying type is fixed,
  * so that a code which is not listed can be stored and compared.
  */
 #ifdef __cplusplus

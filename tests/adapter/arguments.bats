@@ -29,7 +29,7 @@ expect_each_refused() { # WORDS, then command lines, a line each, words separate
     expect_refused $USAGE 'must be 1 to 65535'
 }
 
-@test "only the two doors are known, and only the words that are laid down" {
+@test "only the two doors are known, and only their words" {
     expect_each_refused 'see vorma --help' 'telnet|lock' 'CLISSH|lock' 'clissh' 'clissh|open' 'clissh|unlock' 'clissh|unlock|port' \
         'clissh|unlock|22' 'clissh|unlock|Port|22' 'clissh|unlock|port|22|23' 'clissh|lock|22' 'spi-revision|now' 'status|clissh' \
         'clissh||lock' '-v' '../clissh|lock' 'clissh:2|lock' 'ssh:2|--ipQos|46' 'status:1'
