@@ -46,7 +46,8 @@ void ComponentConfiguration::set(const std::string& name, const std::string& val
 void ComponentConfiguration::useFile(const std::string& file) {
     for (const Setting& setting : _settings) {
         if (file == setting.name) {
-            throw Refusal(BRY_INVALID_ARGUMENT, file + " needs a value: " + file + "=..., " + allowed(setting));
+            throw Refusal(BRY_INVALID_ARGUMENT,
+                          "\"" + file + "\" needs a value after a \"=\"; allowed: " + allowed(setting));
         }
     }
     _fileText = readFile(file);

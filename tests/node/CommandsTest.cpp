@@ -160,7 +160,8 @@ TEST_F(Prompted, ConfiguresTheNextLoad) {
     EXPECT_THAT(errorOf("configure sshdManagement=yes"), HasSubstr("true or false"));
     EXPECT_THAT(errorOf("configure /no/such/file"), HasSubstr("No such file"));
     EXPECT_THAT(errorOf("configure /tmp"), HasSubstr("cannot read /tmp: it is a folder"));
-    EXPECT_THAT(errorOf("configure cliPort"), HasSubstr("cliPort needs a value: cliPort=..., a number from 1"));
+    EXPECT_THAT(errorOf("configure cliPort"),
+                HasSubstr("\"cliPort\" needs a value after a \"=\"; allowed: a number from 1 to"));
     std::ofstream(temporary("own.xml")) << "<own/>";
     expectSilence("configure " + temporary("own.xml"));
     EXPECT_THAT(lines("load"), Contains("log: info init: <own/>"));
