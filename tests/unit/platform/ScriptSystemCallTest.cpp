@@ -172,6 +172,8 @@ TEST(ScriptUnderSignals, GivesTheSameResults) {
 TEST(ScriptWithoutResources, IsADefinedErrorWhenNoDescriptorIsLeft) {
     const ScriptHost host;
     host.write("script", "echo hello");
+    // The undefined sanitizer looks at the first exception of each type through a pipe, for which none is left later.
+    host.invoke("missing");
     rlimit before{};
     getrlimit(RLIMIT_NOFILE, &before);
     int failed = 0;
