@@ -1,0 +1,111 @@
+#include "Stream.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <stdexcept>
+
+namespace TulTest {
+
+namespace {
+
+constexpr int traceLevel = 14;
+constexpr std::ptrdiff_t context = 3;
+
+void readInto(std::map<std::string, Lines>& streams, const std::filesystem::path& path) {
+    std::ifstream file(path);
+    Lines* calls = nullptr;
+    std::string line;
+    while (std::getline(file, line)) {
+        if (line.starts_with("== ")) {
+            const auto [stream, isNew] = streams.try_emplace(path.stem().string() + "/" + line.substr(3));
+            if (!isNew) {
+                throw std::logic_error(path.string() + " has two streams with the name " + line.substr(3));
+            }
+            calls = &stream->second;
+        } else if (!line.empty() && !line.starts_with("#")) {
+            calls->push_back(line);
+        }
+    }
+}
+
+std::map<std::string, Lines> readAll() {
+    std::map<std::string, Lines> streams;
+    for (const auto& entry : std::filesystem::directory_iterator(TUL_STREAMS)) {
+        readInto(streams, entry.path());
+    }
+    return streams;
+}
+
+/** The severity of a record or of its copy; 14 for both forms of a trace. */
+int levelOf(const std::string& call) {
+    std::istringstream words(call);
+    std::string name;
+    std::string who;
+    int level = traceLevel;
+    words >> name >> who;
+    if (name != "trace_printf") {
+        words >> level;
+    }
+    return level;
+}
+
+/** Some lines of a stream from a place on, or a word for its end. */
+std::string part(const Lines& lines, std::ptrdiff_t from, std::ptrdiff_t count, const char* mark) {
+    std::string text;
+    const auto size = static_cast<std::ptrdiff_t>(lines.size());
+    for (std::ptrdiff_t i = from; i < std::min(from + count, size); ++i) {
+        text += mark + lines[static_cast<std::size_t>(i)] + "\n";
+    }
+    return from + count > size ? text + mark + "(end)\n" : text;
+}
+
+}  // namespace
+
+const std::map<std::string, Lines>& expectedStreams() {
+    static const std::map<std::string, Lines> streams = readAll();
+    return streams;
+}
+
+const Lines& expectedStream(const std::string& name) {
+    const auto stream = expectedStreams().find(name);
+    if (stream == expectedStreams().end()) {
+        throw std::logic_error("no stream has the name " + name);
+    }
+    return stream->second;
+}
+
+Lines atLevel(const Lines& calls, int level) {
+    Lines written;
+    std::copy_if(calls.begin(), calls.end(), std::back_inserter(written), [level](const std::string& call) {
+        const int own = levelOf(call);
+        return own == traceLevel ? level > 7 : level >= own;
+    });
+    return written;
+}
+
+std::string difference(const Lines& expected, const Lines& actual) {
+    const auto [first, other] = std::mismatch(expected.begin(), expected.end(), actual.begin(), actual.end());
+    if (first == expected.end() && other == actual.end()) {
+        return "";
+    }
+    const std::ptrdiff_t place = first - expected.begin();
+    const std::ptrdiff_t before = std::min(place, context);
+    return "call " + std::to_string(place + 1) + " differs (- expected, + written):\n" +
+           part(expected, place - before, before, "  ") + part(expected, place, context, "- ") +
+           part(actual, place, context, "+ ");
+}
+
+std::string textOf(const std::string& call) {
+    static const std::map<int, std::string> severities{
+        {3, "error"}, {4, "warning"}, {6, "info"}, {traceLevel, "trace"}};
+    const std::size_t begin = call.find('"') + 1;
+    std::size_t end = begin;
+    while (call.at(end) != '"') {
+        end += call.at(end) == '\\' ? 2 : 1;
+    }
+    return severities.at(levelOf(call)) + "\t" + call.substr(begin, end - begin);
+}
+
+}  // namespace TulTest
