@@ -1,0 +1,113 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <iostream>
+#include <ostream>
+#include <string>
+
+#include "ChildProgram.h"
+#include "ComponentLibrary.h"
+#include "Sanitizers.h"
+#include "TemporaryDirectory.h"
+
+namespace {
+
+using namespace TulTest;
+using testing::HasSubstr;
+
+constexpr int fewLives = 50;
+
+/** Lives of a library in the host that knows nothing but the SPI headers. */
+Outcome livesInForeignHost(const std::string& library, int lives) {
+    return runProgram(TUL_FOREIGN_HOST " " + library + " " + std::to_string(lives));
+}
+
+/** Lives of a library in the development node. */
+Outcome livesInNode(const std::string& library, int lives) {
+    const TemporaryDirectory scripts;
+    scripts.writeScript("vorma", "[ \"$1\" != spi-revision ] || echo 1.8.0");
+    return runProgram(TUL_NODE_LIVES " " + library + " " + scripts.path().string() + " " + std::to_string(lives));
+}
+
+void expectInOrder(const Outcome& outcome) {
+    EXPECT_EQ(0, outcome.code);
+    EXPECT_THAT(outcome.output, HasSubstr("1000 lives"));
+    std::cout << outcome.output;
+}
+
+TEST(ForeignHost, FindsAThousandLivesOfTheComponentInOrder) {
+    expectInOrder(livesInForeignHost(ComponentLibrary::path(), 1000));
+}
+
+TEST(DevelopmentNode, FindsAThousandLivesOfTheComponentInOrder) {
+    expectInOrder(livesInNode(ComponentLibrary::path(), 1000));
+}
+
+// The real component with one thing spoiled each time
+
+struct Spoiled {
+    const char* name;
+    const char* faultInForeignHost;
+    const char* faultInNode;
+    bool inTheHeap = false; /**< not seen where sanitizers do malloc's work */
+
+    friend std::ostream& operator<<(std::ostream& stream, const Spoiled& row) { return stream << row.name; }
+};
+
+class SpoiledLives : public testing::TestWithParam<Spoiled> {
+public:
+    void SetUp() override {
+        if (GetParam().inTheHeap && hasSanitizer) {
+            GTEST_SKIP() << "the sanitizer's own heap is not seen by mallinfo2";
+        }
+    }
+
+    static std::string library() { return std::string(TUL_ZOO_DIRECTORY "/") + GetParam().name + ".so"; }
+
+    static void expectFault(const Outcome& outcome, const std::string& fault) {
+        EXPECT_EQ(1, outcome.code);
+        EXPECT_THAT(outcome.output, HasSubstr(fault));
+    }
+};
+
+TEST_P(SpoiledLives, AreNamedByTheForeignHost) {
+    expectFault(livesInForeignHost(library(), fewLives), GetParam().faultInForeignHost);
+}
+
+TEST_P(SpoiledLives, AreNamedByTheDevelopmentNode) {
+    expectFault(livesInNode(library(), fewLives), GetParam().faultInNode);
+}
+
+const Spoiled spoiled[] = {
+    {"pinned", "life 1: the library is still mapped",
+     "component misbehaves: TulSshdManagementComponent is still mapped"},
+    {"descriptor", "life 50: the number of descriptors has changed",
+     "life 50: the number of descriptors has changed"},
+    {"thread", "life 50: the number of threads has changed", "life 50: the number of threads has changed"},
+    {"heap", "life 50: the heap has grown", "life 50: the heap has grown", true},
+    {"log", "life 1: the log has \"spoil: something is odd; ", "log: warning spoil: something is odd"},
+    {"consumer", "life 1: a consumer is still registered",
+     "misbehaves: TulSshdManagementComponent leaves consumer 1 with 0 subscriptions registered"},
+    {"subscription", "life 1: a subscription is left",
+     "misbehaves: TulSshdManagementComponent leaves consumer 1 with 1 subscriptions registered"},
+    {"container", "life 1: a value container was not given back", "does not give 1 value containers back"},
+    {"transaction", "life 1: a transaction was left open", "log: info node: transaction 2 is left open"},
+    {"record", "life 1: the component is still registered", "leaves its record registered"},
+    {"runs", "life 1: adapter run 1 was \"vorma clissh unlock port 2023\" instead of",
+     "run: vorma clissh unlock port 2023 -> ok"},
+    {"statics", "life 2: adapter run 3 was \"vorma ssh --ipQos 46 --renegotiationTime 3600",
+     "life 2: the node printed"},
+};
+
+INSTANTIATE_TEST_SUITE_P(Control, SpoiledLives, testing::ValuesIn(spoiled),
+                         [](const auto& row) { return row.param.name; });
+
+TEST(ForeignHost, FindsNoFaultInALibraryThatPassesEverythingOn) {
+    EXPECT_EQ(0, livesInForeignHost(TUL_ZOO_DIRECTORY "/nothing.so", fewLives).code);
+}
+
+TEST(DevelopmentNode, FindsNoFaultInALibraryThatPassesEverythingOn) {
+    EXPECT_EQ(0, livesInNode(TUL_ZOO_DIRECTORY "/nothing.so", fewLives).code);
+}
+
+}  // namespace
