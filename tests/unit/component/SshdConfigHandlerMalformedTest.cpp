@@ -1,5 +1,11 @@
+#include <Poco/AutoPtr.h>
+#include <Poco/DOM/DOMParser.h>
+#include <Poco/DOM/Document.h>
+#include <Poco/Exception.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/inotify.h>
+#include <unistd.h>
 
 #include <filesystem>
 #include <fstream>
@@ -29,6 +35,22 @@ const std::string valid =
     "    <renegotiationTime>3600</renegotiationTime>\n"
     "  </TulSshdManager>\n"
     "</TulConfiguration>";
+
+/** What the getters say after a read. */
+struct Reading {
+    int result;
+    bool managed;
+    unsigned int cliPort;
+    unsigned int netconfPort;
+    unsigned int renegotiationTime;
+
+    bool operator==(const Reading&) const = default;
+
+    friend std::ostream& operator<<(std::ostream& stream, const Reading& reading) {
+        return stream << reading.result << (reading.managed ? " managed " : " not managed ") << reading.cliPort << ' '
+                      << reading.netconfPort << ' ' << reading.renegotiationTime;
+    }
+};
 
 class SshdConfigHandlerGiven : public testing::Test {
 protected:
@@ -71,6 +93,65 @@ TEST_F(SshdConfigHandlerGiven, ADocumentWithAnyByteMissingOrDoubledReadsItOrFail
         ASSERT_THAT(read(with.insert(place, 1, valid[place])), AnyOf(0, -1)) << "byte " << place;
     }
 }
+
+/** What must become of the valid document when one of its elements is missing, and when it is there twice. */
+struct Element {
+    const char* name;
+    std::string text;
+    Reading missing;
+    Reading doubled;
+};
+
+void PrintTo(const Element& element, std::ostream* stream) {
+    *stream << element.name;
+}
+
+class SshdConfigHandlerElement : public SshdConfigHandlerGiven, public testing::WithParamInterface<Element> {
+protected:
+    Reading readingOf(const std::string& text) {
+        SshdConfigHandler handler;
+        const int result = handler.readComponentConfiguration(text.c_str());
+        return {result, handler.getSshdManagement(), handler.getCliport(), handler.getNetconfport(),
+                handler.getRenegotiationtime()};
+    }
+
+    std::string withElement(const std::string& replacement) {
+        std::string text = valid;
+        return text.replace(text.find(GetParam().text), GetParam().text.size(), replacement);
+    }
+};
+
+TEST_P(SshdConfigHandlerElement, ThatIsMissingHasItsVerdict) {
+    EXPECT_EQ(GetParam().missing, readingOf(withElement("")));
+}
+
+TEST_P(SshdConfigHandlerElement, ThatIsDoubledHasItsVerdict) {
+    EXPECT_EQ(GetParam().doubled, readingOf(withElement(GetParam().text + GetParam().text)));
+    EXPECT_EQ(GetParam().doubled, readingOf(withElement("<copy>" + GetParam().text + "</copy>" + GetParam().text)));
+}
+
+const std::string wholeSection =
+    valid.substr(valid.find("<TulSshdManager"), valid.find("</TulConf") - valid.find("<TulSshdManager"));
+
+const Reading nothingRead{-1, false, 0, 0, 0};
+
+INSTANTIATE_TEST_SUITE_P(
+    OfTheDocument, SshdConfigHandlerElement,
+    testing::Values(
+        Element{"Management", "<sshdManagement> TRUE </sshdManagement>", {0, false, 0, 0, 0}, nothingRead},
+        Element{"CliPort", "<cliPort>20<![CDATA[22]]></cliPort>", {-1, true, 0, 0, 0}, {-1, true, 0, 0, 0}},
+        Element{"FolderOfTheCliPort",
+                "<ports><cliPort>20<![CDATA[22]]></cliPort></ports>",
+                {-1, true, 0, 0, 0},
+                {-1, true, 0, 0, 0}},
+        Element{"NetconfPort", "<netconfPort>&#50;830</netconfPort>", {-1, true, 2022, 0, 0}, {-1, true, 2022, 0, 0}},
+        Element{"RenegotiationTime",
+                "<renegotiationTime>3600</renegotiationTime>",
+                {0, true, 2022, 2830, 0},
+                {0, true, 2022, 2830, 0}},
+        Element{"Comment", "<!-- ports of the node -->", {0, true, 2022, 2830, 3600}, {0, true, 2022, 2830, 3600}},
+        Element{"Section", wholeSection, nothingRead, nothingRead}),
+    [](const auto& test) { return std::string(test.param.name); });
 
 struct Text {
     const char* name;
@@ -138,15 +219,73 @@ TEST_F(SshdConfigHandlerGiven, AnEndlessTextFails) {
     EXPECT_THAT(framework.logs(), ElementsAre(StartsWith(refusal)));
 }
 
-TEST_F(SshdConfigHandlerGiven, AnExternalEntityOpensNoFile) {
-    const TemporaryDirectory directory;
-    const std::string file = directory.path() / "secret";
-    std::ofstream(file) << "<sshdManagement>false</sshdManagement>";
-    const std::string text = "<!DOCTYPE a [<!ENTITY b SYSTEM 'file://" + file +
-                             "'>]><TulSshdManager><sshdManagement>false</sshdManagement>&b;</TulSshdManager>";
-    EXPECT_EQ(-1, read(text));
-    EXPECT_THAT(framework.logs(), ElementsAre(StartsWith(refusal))) << "a second element would be another error";
+/** A file that notices when somebody opens it. */
+class WatchedFile {
+public:
+    WatchedFile() : _watch(inotify_init1(IN_NONBLOCK | IN_CLOEXEC)) {
+        std::ofstream(path()) << "<sshdManagement>false</sshdManagement>";
+        if (inotify_add_watch(_watch, path().c_str(), IN_OPEN) < 0) {
+            throw std::runtime_error("cannot watch " + path());
+        }
+    }
+    ~WatchedFile() { close(_watch); }
+
+    std::string path() const { return _directory.path() / "secret"; }
+
+    bool wasOpened() const {
+        char events[4096];
+        return ::read(_watch, events, sizeof(events)) > 0;
+    }
+
+    WatchedFile(const WatchedFile&) = delete;
+    WatchedFile& operator=(const WatchedFile&) = delete;
+
+private:
+    TemporaryDirectory _directory;
+    int _watch;
+};
+
+/** As a parser does it that nobody has told what to refuse. What comes of it does not matter. */
+void plainlyParse(const std::string& text) {
+    Poco::XML::DOMParser parser;
+    parser.setFeature(Poco::XML::XMLReader::FEATURE_EXTERNAL_GENERAL_ENTITIES, true);
+    parser.setFeature(Poco::XML::XMLReader::FEATURE_EXTERNAL_PARAMETER_ENTITIES, true);
+    try {
+        const Poco::AutoPtr<Poco::XML::Document> document(parser.parseString(text));
+    } catch (const Poco::Exception&) {
+        SUCCEED();
+    }
 }
+
+class SshdConfigHandlerOpens : public SshdConfigHandlerGiven, public testing::WithParamInterface<Text> {
+protected:
+    /** The row's text, with the file in place of "FILE". */
+    std::string document() const {
+        std::string text = GetParam().text;
+        return text.replace(text.find("FILE"), 4, file.path());
+    }
+
+    WatchedFile file;
+};
+
+TEST_P(SshdConfigHandlerOpens, NoFileForADocumentType) {
+    EXPECT_EQ(-1, read(document()));
+    EXPECT_THAT(framework.logs(), ElementsAre(StartsWith(refusal)));
+    EXPECT_FALSE(file.wasOpened());
+}
+
+TEST_P(SshdConfigHandlerOpens, AFileForADocumentTypeWhenItIsAPlainParser) {
+    plainlyParse(document());
+    EXPECT_TRUE(file.wasOpened()) << "the test above proves nothing";
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    External, SshdConfigHandlerOpens,
+    testing::Values(Text{"Entity", "<!DOCTYPE a [<!ENTITY b SYSTEM 'file://FILE'>]><a>&b;" + body + "</a>"},
+                    Text{"ParameterEntity",
+                         "<!DOCTYPE a [<!ENTITY % b SYSTEM 'file://FILE'> %b;]><a>" + body + "</a>"},
+                    Text{"Subset", "<!DOCTYPE a SYSTEM 'file://FILE'><a>" + body + "</a>"}),
+    [](const auto& test) { return std::string(test.param.name); });
 
 std::string withAttributes(int count) {
     std::string text = "<TulSshdManager";

@@ -71,6 +71,16 @@ TEST_P(SshdManagementValue, IsReadByTheRulesAndLogsNothing) {
     EXPECT_THAT(framework.records, IsEmpty());
 }
 
+TEST_P(SshdManagementValue, IsReadTheSameUnderEveryInstalledLocale) {
+    for (const std::string& name : installedLocales()) {
+        SCOPED_TRACE(name);
+        const LocaleInForce locale(name);
+        SshdConfigHandler fresh;
+        EXPECT_EQ(GetParam().result, fresh.readComponentConfiguration(document().c_str()));
+        EXPECT_EQ(GetParam().managed, fresh.getSshdManagement());
+    }
+}
+
 TEST_P(SshdManagementValue, IsTraced) {
     framework.logLevel = 8;
     handler.readComponentConfiguration(document().c_str());

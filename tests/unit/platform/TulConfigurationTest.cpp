@@ -1,4 +1,6 @@
 #include <Poco/AutoPtr.h>
+#include <Poco/DOM/DOMParser.h>
+#include <Poco/DOM/Document.h>
 #include <Poco/DOM/Element.h>
 #include <Poco/DOM/NodeList.h>
 #include <gtest/gtest.h>
@@ -76,6 +78,19 @@ const Document accepted[] = {
     {"ByteOrderMark", "\xef\xbb\xbf<c><v>1</v></c>", "[1]"},
     {"Utf8", "<c><v>\xc3\xa4</v></c>", "[\xc3\xa4]"},
     {"LatinOne", "<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?><c><v>\xe4</v></c>", "[\xc3\xa4]"},
+    {"CDataWithoutMeaning", "<c><v><![CDATA[&#50;<!-- 1 -->]]></v></c>", "[&#50;<!-- 1 -->]"},
+    {"CDataEndInTwoPieces", "<c><v><![CDATA[a]]]]><![CDATA[>b]]></v></c>", "[a]]>b]"},
+    {"CDataEmpty", "<c><v>1<![CDATA[]]>2</v></c>", "[12]"},
+    {"CDataInAComment", "<c><v>1<!-- <![CDATA[2]]> --></v></c>", "[1]"},
+    {"CommentsAllAround", "<!-- a --><c><!-- b --><v><!-- c -->1<!-- d --></v></c><!-- e -->", "[1]"},
+    {"ReferencesToBlanks", "<c><v>&#32;1&#9;&#10;&#13;</v></c>", "[ 1\t\n\r]"},
+    {"ReferenceBeyondAscii", "<c><v>&#xE4;&#x20AC;</v></c>", "[\xc3\xa4\xe2\x82\xac]"},
+    {"ReferenceBeyond16Bits", "<c><v>&#x1F511;</v></c>", "[\xf0\x9f\x94\x91]"},
+    {"ByteOrderMarkInside",
+     "<c><v>\xef\xbb\xbf"
+     "1</v></c>",
+     "[\xef\xbb\xbf"
+     "1]"},
     {"CarriageReturns", "<c>\r\n<v>1\r\n</v></c>\r\n", "[1\n]"},
     {"DeepestAllowed", nested(64), "[x]"},
 };
@@ -97,6 +112,33 @@ const Document refused[] = {
     {"UnknownEncoding", "<?xml version=\"1.0\" encoding=\"EBCDIC-CP-US\"?><c/>", "refused"},
     {"OverlongUtf8", "<c><v>\xc0\xaf</v></c>", "refused"},
     {"BrokenUtf8", "<c><v>\xe4</v></c>", "refused"},
+    {"Utf16BigEndian", std::string("\xfe\xff\0<\0c\0/\0>", 10), "refused"},
+    {"Utf16WithoutMark", std::string("<\0c\0/\0>\0", 8), "refused"},
+    {"Utf32", std::string("\xff\xfe\0\0<\0\0\0c\0\0\0/\0\0\0>\0\0\0", 20), "refused"},
+    {"Utf32Declared", "<?xml version=\"1.0\" encoding=\"UTF-32\"?><c/>", "refused"},
+    {"Utf7Declared", "<?xml version=\"1.0\" encoding=\"UTF-7\"?>+ADw-c/+AD4-", "refused"},
+    {"MarkOfAnotherEncoding", "\xff\xfe<c/>", "refused"},
+    {"TwoByteOrderMarks", "\xef\xbb\xbf\xef\xbb\xbf<c/>", "refused"},
+    {"OverlongMarkup",
+     "\xc0\xbc"
+     "c/>",
+     "refused"},
+    {"OverlongInThreeBytes", "<c><v>\xe0\x80\xb1</v></c>", "refused"},
+    {"OverlongInFourBytes", "<c><v>\xf0\x80\x80\xb1</v></c>", "refused"},
+    {"Surrogate", "<c><v>\xed\xa0\x80</v></c>", "refused"},
+    {"BeyondUnicode", "<c><v>\xf4\x90\x80\x80</v></c>", "refused"},
+    {"CutInALetter", "<c><v>\xe2\x82</v></c>", "refused"},
+    {"AsciiDeclaredAndBroken", "<?xml version=\"1.0\" encoding=\"US-ASCII\"?><c><v>\xe4</v></c>", "refused"},
+    {"ReferenceToASurrogate", "<c><v>&#xD800;</v></c>", "refused"},
+    {"ReferenceBeyondUnicode", "<c><v>&#x110000;</v></c>", "refused"},
+    {"ReferenceBeyond32Bits", "<c><v>&#4294967345;</v></c>", "refused"},
+    {"ReferenceToAControlCharacter", "<c><v>&#1;</v></c>", "refused"},
+    {"ReferenceWithoutEnd", "<c><v>&#50</v></c>", "refused"},
+    {"CDataUnclosed", "<c><v><![CDATA[1</v></c>", "refused"},
+    {"CDataEndInText", "<c><v>1]]></v></c>", "refused"},
+    {"CDataOutside", "<![CDATA[1]]><c/>", "refused"},
+    {"CommentInAComment", "<c><v>1<!-- <!-- --> --></v></c>", "refused"},
+    {"CommentWithTwoHyphens", "<c><v>1<!-- -- --></v></c>", "refused"},
     {"DuplicateAttribute", "<c a='1' a='2'/>", "refused"},
     {"TooDeep", nested(65), "refused"},
 };
@@ -110,6 +152,12 @@ const Document documentTypes[] = {
     {"ExternalEntity", "<!DOCTYPE c [<!ENTITY e SYSTEM \"file:///etc/passwd\">]><c><v>&e;</v></c>", "refused"},
     {"ExternalSubset", "<!DOCTYPE c SYSTEM \"file:///etc/passwd\"><c/>", "refused"},
     {"ParameterEntity", "<!DOCTYPE c [<!ENTITY % p SYSTEM \"http://127.0.0.1/\"> %p;]><c/>", "refused"},
+    {"DefaultAttribute", "<!DOCTYPE c [<!ATTLIST c a CDATA \"1\">]><c/>", "refused"},
+    {"EntityOfItself", "<!DOCTYPE c [<!ENTITY e \"&e;\">]><c>&e;</c>", "refused"},
+    {"InCData", "<c><![CDATA[<!DOCTYPE c>]]><v>1</v></c>", "refused"},
+    {"AfterAByteOrderMark", "\xef\xbb\xbf<!DOCTYPE c><c/>", "refused"},
+    {"AfterABlank", "<! DOCTYPE c><c/>", "refused"},
+    {"EntityDeclaredInside", "<c><!ENTITY e \"1\"><v>&e;</v></c>", "refused"},
     {"InAComment", "<c><!-- <!DOCTYPE c> --><v>1</v></c>", "refused"},
     {"LowerCase", "<!doctype c><c/>", "refused"},
 };
@@ -161,6 +209,12 @@ TEST(TulConfiguration, RefusesLongerTexts) {
 TEST(TulConfiguration, RefusesAnyDepthWithoutStackOverflow) {
     EXPECT_EQ("refused", valueIn(nested(100000)));
     EXPECT_EQ("refused", valueIn(repeated("<a>", 300000)));
+}
+
+TEST(TulConfigurationDeathTest, AnyDepthOverflowsTheStackOfAPlainParser) {
+    const std::string deep = nested(300000);
+    EXPECT_DEATH({ const Poco::AutoPtr<Poco::XML::Document> document(Poco::XML::DOMParser().parseString(deep)); },
+                 "");
 }
 
 TEST(TulConfiguration, HasNothingBeforeLoadAndAfterUnload) {
