@@ -42,8 +42,8 @@ public:
     bool setRenegotiationtime(const unsigned int& value);
 
     /**
-     * Sends what is queued in one run; false when there is nothing or the run failed. The queue is empty
-     * afterwards in every case: a failed batch is dropped, never repeated with the next one, on purpose.
+     * Sends what is queued in one run; false when there is nothing or the run failed. The queue is emptied before
+     * the run: a failed batch is dropped, never repeated with the next one, on purpose.
      */
     bool invokeVorma(int timeout);
 
