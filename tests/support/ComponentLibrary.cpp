@@ -1,5 +1,6 @@
 #include "ComponentLibrary.h"
 
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <stdexcept>
@@ -48,7 +49,8 @@ void ComponentLibrary::unload() {
 }
 
 std::string ComponentLibrary::path() {
-    return TUL_COMPONENT_LIBRARY;
+    const char* const other = std::getenv("TUL_TEST_COMPONENT_LIBRARY");
+    return other == nullptr ? TUL_COMPONENT_LIBRARY : other;
 }
 
 bool ComponentLibrary::isMapped(const std::string& file) {

@@ -29,7 +29,7 @@ public:
     /** Unloads now; the object is of no use afterwards. */
     void unload();
 
-    /** The file of the library. */
+    /** The file of the library; the environment variable TUL_TEST_COMPONENT_LIBRARY names another one. */
     static std::string path();
 
     /** True while the file is mapped into this process. */

@@ -97,10 +97,13 @@ Reading expectedReading(Section& section) {
         return refused;
     }
     Reading reading{0, word == "true"};
-    if (reading.managed && !(readNumber(section, "cliPort", reading.cliPort) &&
-                             readNumber(section, "netconfPort", reading.netconfPort))) {
+    if (!reading.managed) {
+        return reading;
+    }
+    if (!readNumber(section, "cliPort", reading.cliPort) ||
+        !readNumber(section, "netconfPort", reading.netconfPort)) {
         reading.result = -1;
-    } else if (reading.managed && !readNumber(section, "renegotiationTime", reading.renegotiationTime)) {
+    } else if (!readNumber(section, "renegotiationTime", reading.renegotiationTime)) {
         reading.renegotiationTime = 0;
     }
     return reading;
