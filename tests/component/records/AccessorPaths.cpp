@@ -38,6 +38,7 @@ Paths accessorPaths() {
         {"getAttr/TwoValues", state(two), stateFails},
         {"getAttr/WrongType", state(uint8(1)), stateFails},
         {"getAttr/NoMo", nothing, stateFails},
+        {"getAttr/ReadThrew", after(state(enumeration(1)), thrownBy("getAttribute")), throwing<int>(readState)},
         {"getSeqAttr/Values", macs(strings({"a", "b"})), readMacs},
         {"getSeqAttr/NoValue", mo(sshDn, "other", strings({"a"})), readMacs},
         {"getSeqAttr/NoMo", nothing, readMacs},

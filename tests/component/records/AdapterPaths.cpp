@@ -75,6 +75,7 @@ Paths optionPaths() {
         setCiphers({{"selectedCiphers", "a,b"}, {"selectedKeyExchanges", "k"}, {"selectedMacs", "m"}});
     return {
         {"setCiphers/AllThree", nothing, ciphers},
+        {"setCiphers/OnlyMacs", nothing, setCiphers({{"selectedMacs", "m"}})},
         {"setCiphers/UnknownNames", nothing, setCiphers({{"SelectedCiphers", "a"}, {"", "b"}})},
         {"setCiphers/Nothing", nothing, setCiphers({})},
         {"setCiphers/AdapterTooOld", revision("1.6.9\n"), ciphers},

@@ -62,12 +62,14 @@ INSTANTIATE_TEST_SUITE_P(Spoils, SpoiledStream,
                                          SpoilRow{"AnotherFunction", changeTheFunction}),
                          [](const auto& row) { return row.param.name; });
 
-TEST(Difference, ShowsTheFirstCallsThatDifferAndWhatStandsBefore) {
+TEST(Difference, ShowsTheFirstCallsThatDifferAndThenAllThatWasWritten) {
     EXPECT_EQ(
         "call 2 differs (- expected, + written):\n"
         "  a\n"
         "- b\n- (end)\n"
-        "+ c\n+ d\n+ (end)\n",
+        "+ c\n+ d\n+ (end)\n"
+        "all that was written:\n"
+        "a\nc\nd\n(end)\n",
         difference({"a", "b"}, {"a", "c", "d"}));
 }
 

@@ -13,27 +13,47 @@ const Step routerRefuses = after(subscriptionKept, registrationKept);
 const Step notRegistered = answered("registerConsumer", -16);
 const Step notSubscribed = answered("addSubscription", -16);
 
+/** The router refuses one call of an operation, and every later one. */
+Step refusedFrom(unsigned int place, const std::string& operation) {
+    return [=](RecordedNode& node) {
+        node.framework.during[operation] = [=, &framework = node.framework] {
+            if (framework.callsOf(operation).size() == place) {
+                framework.results[operation] = -16;
+            }
+        };
+    };
+}
+
+/** The portal forgets the event router, and finds it as a null pointer from now on. */
+void withANullRouter(RecordedNode& node) {
+    Tul::Portal::instance().reset(false);
+    nullInterface("TulOamSpiEventRouter")(node);
+}
+
 void findRouter(RecordedNode& /*node*/) {
     Tul::Portal::instance().getEventRouter();
 }
 
 void startStation(RecordedNode& node) {
-    node.station.start({{"a", "1"}, {"b", "2"}, {"c", "3"}}, &Station::onWeather, node.station, "Weather");
+    node.station->start({{"a", "1"}, {"b", "2"}, {"c", "3"}}, &Station::onWeather, *node.station, "Weather");
 }
 void startStationWithoutFilter(RecordedNode& node) {
-    node.station.start({}, &Station::onWeather, node.station, "Weather");
+    node.station->start({}, &Station::onWeather, *node.station, "Weather");
 }
 void stopStation(RecordedNode& node) {
-    node.station.stop();
+    node.station->stop();
 }
 void notifyStation(RecordedNode& /*node*/) {
     EXPECT_EQ(BRY_OK, Station::notifyCallback(1, "Weather", nullptr, nullptr));
 }
+void withoutStation(RecordedNode& node) {
+    node.station.reset();
+}
 void stationThrowsAnException(RecordedNode& node) {
-    node.station.during = [] { throw std::runtime_error("100 %s of rain\n"); };
+    node.station->during = [] { throw std::runtime_error("100 %s of rain\n"); };
 }
 void stationThrowsANumber(RecordedNode& node) {
-    node.station.during = [] { throw 7; };
+    node.station->during = [] { throw 7; };
 }
 
 void listen(RecordedNode& node) {
@@ -67,6 +87,7 @@ Paths stationPaths() {
         {"EventConsumer.stop/RegistrationKept", after(startStation, registrationKept), stopStation},
         {"EventConsumer.stop/BothKept", after(startStation, routerRefuses), stopStation},
         {"EventConsumer.stop/NoRouter", after(startStation, withoutRouter), stopStation},
+        {"EventConsumer.stop/NullRouter", after(startStation, withANullRouter), stopStation},
         {"EventConsumer.notifyCallback/Handled", startStation, notifyStation},
         {"EventConsumer.notifyCallback/ThrewAnException", after(startStation, stationThrowsAnException),
          notifyStation},
@@ -89,6 +110,23 @@ Paths listenerPaths() {
     };
 }
 
+/** The component's start, refused at each of its four consumers. */
+Paths refusedStartPaths() {
+    Paths paths{
+        {"start/ConsumerNotRegistered", after(initialized(), notRegistered), start},
+        {"start/ConsumerNotSubscribed", after(initialized(), notSubscribed), start},
+    };
+    unsigned int place = 2;
+    for (const std::string which : {"Second", "Third", "Fourth"}) {
+        const Step unregistered = after(initialized(), refusedFrom(place, "registerConsumer"));
+        const Step unsubscribed = after(initialized(), refusedFrom(place, "addSubscription"));
+        paths.push_back({"start/" + which + "ConsumerNotRegistered", unregistered, start});
+        paths.push_back({"start/" + which + "ConsumerNotSubscribed", unsubscribed, start});
+        ++place;
+    }
+    return paths;
+}
+
 }  // namespace
 
 Paths consumerPaths() {
@@ -104,17 +142,21 @@ Paths consumerPaths() {
 }
 
 Paths endingPaths() {
-    return {
+    Paths paths{
         {"EventConsumer.start/StartedAlready", startStation, startStation},
         {"EventConsumer.start/NotRegistered", notRegistered, startStation},
         {"EventConsumer.start/NotSubscribed", notSubscribed, startStation},
         {"EventConsumer.start/NoMemory", nothing, withoutMemory(startStation)},
+        {"EventConsumer.start/NoRouter", withoutRouter, startStation, {SIGSEGV, ""}},
+        {"EventConsumer.start/NullRouter", withANullRouter, startStation, {SIGSEGV, ""}},
+        {"EventConsumer.notifyCallback/NoObject", withoutStation, notifyStation, {SIGABRT, "`_instance' failed"}},
         {"CmEventConsumer.start/StartedAlready", listen, listen},
         {"CmEventConsumer.start/NotRegistered", notRegistered, listen},
         {"CmEventConsumer.start/NotSubscribed", notSubscribed, listen},
-        {"start/ConsumerNotRegistered", after(initialized(), notRegistered), start},
-        {"start/ConsumerNotSubscribed", after(initialized(), notSubscribed), start},
     };
+    const Paths more = refusedStartPaths();
+    paths.insert(paths.end(), more.begin(), more.end());
+    return paths;
 }
 
 }  // namespace TulTest

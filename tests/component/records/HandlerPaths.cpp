@@ -14,6 +14,8 @@ using Build = std::function<void(CmNotification&)>;
 const auto unknownEvent = static_cast<CmEventType>(9);
 const Tul::TulException no("the adapter says no");
 const Step runFails = runThrows(no);
+const Step batchThrows = runThrows(7, "ssh");
+const Step queryThrows = runThrows(std::runtime_error("standard"), "spi-revision");
 const Step old = revision("1.6.9\n");
 
 Step handle(Handler handler, const Build& build) {
@@ -81,7 +83,6 @@ void wrongDns(CmNotification& notification) {
 Paths categoryPaths() {
     const std::string operation = "onServiceCategoryMoChangeNotification";
     const Step value = mo(oamCmDn, "dscp", uint8(46));
-    const Step queryThrows = runThrows(std::runtime_error("standard"), "spi-revision");
     return {
         {operation + "/NoEvents", nothing, onCategory([](auto&) {})},
         {operation + "/Changed", value, onCategory(oneCategory)},
@@ -94,6 +95,7 @@ Paths categoryPaths() {
         {operation + "/WrongDn", value, onCategory(wrongDns)},
         {operation + "/AdapterTooOld", after(value, old), onCategory(oneCategory)},
         {operation + "/RunFailed", runThrows(no, "ssh"), onCategory(noCategory)},
+        {operation + "/RunThrewANumber", batchThrows, throwing<int>(onCategory(noCategory))},
         {operation + "/ReadThrew", thrownBy("getAttribute"), throwing<int>(onCategory(oneCategory))},
         {operation + "/QueryThrewAnotherException", queryThrows,
          throwing<std::runtime_error>(onCategory(noCategory))},
@@ -124,8 +126,12 @@ Paths sshPaths() {
         {operation + "/Deleted", list, onSsh([](auto& n) { n.deleted(sshDn); })},
         {operation + "/DeletedAndCreated", list, onSsh([](auto& n) { n.deleted(sshDn).created(sshDn); })},
         {operation + "/UnknownEvent", list, onSsh([](auto& n) { n.event(sshDn, unknownEvent); })},
+        {operation + "/NullDn", list, throwing<std::logic_error>(onSsh([](auto& n) { n.created(nullptr); }))},
         {operation + "/AdapterTooOld", after(list, old), onSsh(oneSsh)},
         {operation + "/RunFailed", after(list, runThrows(no, "ssh")), onSsh(oneSsh)},
+        {operation + "/RunThrewANumber", after(list, batchThrows), throwing<int>(onSsh(oneSsh))},
+        {operation + "/QueryThrewAnotherException", after(list, queryThrows),
+         throwing<std::runtime_error>(onSsh(oneSsh))},
         {operation + "/NoInterface", noInterface, throwing<Tul::TulException>(onSsh(oneSsh))},
     };
 }

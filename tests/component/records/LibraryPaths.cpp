@@ -35,6 +35,7 @@ const Step cliLocked = state(cliSshPattern, cliSshDn, 0);
 const Step netconfUnlocked = state(netconfSshPattern, netconfSshDn, 1);
 const Step categoryChanged = notify(serviceCategoryPattern, [](auto& n) { n.changed(oamCmDn); });
 const Step sshChanged = notify(sshPattern, [](auto& n) { n.changed(sshDn); });
+const Step sshWithoutDn = notify(sshPattern, [](auto& n) { n.changed(nullptr); });
 
 void live(RecordedNode& node) {
     run(node);
@@ -58,6 +59,7 @@ Paths libraryPaths() {
         {"notification/NetconfSshUnlocked", running, netconfUnlocked},
         {"notification/CategoryChanged", running, categoryChanged},
         {"notification/SshChanged", running, sshChanged},
+        {"notification/SshWithoutDn", running, sshWithoutDn},
         {"notification/HandlerThrewANumber", after(running, thrownBy("findInstances")), categoryChanged},
         {"notification/HandlerThrewAnException", after(running, searchThrows), categoryChanged},
         {"life/OnAFullNode", withEverything, live},

@@ -40,9 +40,6 @@ Step emptyWith(const Step& more) {
 Step offWith(const Step& more) {
     return after(initialized(false), more);
 }
-Step nullInterface(const char* name) {
-    return [=](RecordedNode& node) { node.framework.nullInterfaces.insert(name); };
-}
 
 void onlyCliSsh(RecordedNode& node) {
     mo(cliSshDn, "administrativeState", enumeration(1))(node);
@@ -85,6 +82,8 @@ Paths managedPaths() {
         {"start/AdapterTooOldForOne", fullWith(revision("1.7.0\n")), start},
         {"start/ReadsThrow", fullWith(thrownBy("getAttribute")), throwing<int>(start)},
         {"start/QueryThrewAnotherException", emptyWith(queryThrows), throwing<std::runtime_error>(start)},
+        {"start/PortRunThrewANumber", emptyWith(runThrows(7)), throwing<int>(start)},
+        {"start/BatchThrewANumber", emptyWith(runThrows(7, "ssh")), throwing<int>(start)},
     };
 }
 
@@ -119,6 +118,7 @@ Paths stopPaths() {
         {"stop/RouterRefuses", running(routerRefuses), stop},
         {"stop/NoRouter", running(withoutRouter), stop},
         {"stop/AdapterFails", running(runThrows(no)), stop},
+        {"stop/RunThrewANumber", running(runThrows(7)), throwing<int>(stop)},
         {"stop/ThroughTheRecord", startThroughTheRecord, stopThroughTheRecord},
     };
 }

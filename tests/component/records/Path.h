@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <csignal>
 #include <ostream>
 #include <string>
 #include <vector>
@@ -14,11 +15,18 @@ namespace TulTest {
 
 using Step = std::function<void(RecordedNode&)>;
 
+/** What a process dies of, and what it says on its standard error at least. */
+struct End {
+    int signal = SIGABRT;
+    std::string message;
+};
+
 /** One way through an operation: steps that lead there, and the step whose records are compared. */
 struct Path {
     std::string name; /**< "operation/path", as its stream */
     Step given;
     Step when;
+    End end{}; /**< of a path that ends the process */
 
     /** Goes to where the path begins; from there on everything is recorded. */
     void lead(RecordedNode& node, int level) const;
@@ -68,6 +76,11 @@ Step throwing(const Step& step) {
 /** The framework answers an operation with a code. */
 inline Step answered(const std::string& operation, BryReturnT result) {
     return [=](RecordedNode& node) { node.framework.results[operation] = result; };
+}
+
+/** The framework has an interface, but as a null pointer. */
+inline Step nullInterface(const std::string& name) {
+    return [=](RecordedNode& node) { node.framework.nullInterfaces.insert(name); };
 }
 
 /** The framework throws a number out of an operation. */

@@ -2,6 +2,7 @@
 #define TUL_TEST_RECORDED_NODE_H
 
 #include <functional>
+#include <optional>
 #include <string>
 
 #include "CmEventConsumer.h"
@@ -28,7 +29,7 @@ public:
     TulSshdManagement::TulSshdManagementComponent component;
     TulSshdManagement::SshdVormaWrapper wrapper;
     TulSshdManagement::SshdConfigHandler reader;
-    Station station;
+    std::optional<Station> station{std::in_place}; /**< a path may destroy it */
     Listener listener;
     Tul::CmEventConsumer<Listener, 1> cmConsumer;
     ComponentLibrary library{framework}; /**< the built library, for what only its entry points reach */

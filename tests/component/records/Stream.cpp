@@ -94,7 +94,8 @@ std::string difference(const Lines& expected, const Lines& actual) {
     const std::ptrdiff_t before = std::min(place, context);
     return "call " + std::to_string(place + 1) + " differs (- expected, + written):\n" +
            part(expected, place - before, before, "  ") + part(expected, place, context, "- ") +
-           part(actual, place, context, "+ ");
+           part(actual, place, context, "+ ") + "all that was written:\n" +
+           part(actual, 0, std::ssize(actual) + 1, "");
 }
 
 std::string textOf(const std::string& call) {

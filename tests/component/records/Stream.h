@@ -23,7 +23,7 @@ const Lines& expectedStream(const std::string& name);
 /** What of a complete stream is written at a level: records up to their severity, traces above 7. */
 Lines atLevel(const Lines& calls, int level);
 
-/** Empty when both are equal; else the first calls that differ, with what stands before them. */
+/** Empty when both are equal; else the first calls that differ, what stands before them, and all that was written. */
 std::string difference(const Lines& expected, const Lines& actual);
 
 /** "SEVERITY<tab>FORMAT" of a call, the format escaped as in the source. */
