@@ -164,7 +164,9 @@ TEST_F(StoreFile, HoldsWholeCommitsAndAllThatReturnedAfterAKill) {
         TransactionMaster master(store, ignore);
         applyModel(master, std::string(defaultModel) + "create " + category + "\n", "test");
     }
-    std::mt19937 random(std::random_device{}());
+    const unsigned int seed = std::random_device{}();
+    SCOPED_TRACE("seed " + std::to_string(seed));
+    std::mt19937 random(seed);
     for (int round = 0; round < 25; ++round) {
         const int said = killAfter(file(), 1 + round % 4, static_cast<unsigned int>(random() % 3000));
         MoStore store(file());

@@ -19,17 +19,14 @@
 #include <iostream>
 
 #include "Agreement.h"
+#include "Sanitizers.h"
 
 namespace {
 
 using namespace Sequences;
 
 /** Sequences in an ordinary run. A sanitizer makes each of them several times as long. */
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-constexpr int ordinaryCount = 1500;
-#else
-constexpr int ordinaryCount = 10000;
-#endif
+constexpr int ordinaryCount = TulTest::hasSanitizer ? 1500 : 10000;
 
 /** The parameters of this run; RC_PARAMS decides about what it names. They are printed. */
 rc::detail::TestParams paramsOfThisRun() {

@@ -1,20 +1,15 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <stdio.h>
-#include <sys/wait.h>
 
 #include <string>
 
-#include "ThreadSanitizer.h"
+#include "ChildProgram.h"
+#include "Sanitizers.h"
 
 namespace {
 
+using namespace TulTest;
 using testing::HasSubstr;
-
-struct Outcome {
-    std::string report;
-    int code;
-};
 
 constexpr int reported = 66; /**< the sanitizer's exit code after a report */
 
@@ -28,16 +23,7 @@ public:
     }
 
     static Outcome probe(const std::string& what, const std::string& options) {
-        const std::string command = "TSAN_OPTIONS='" + options + "' " TUL_THREAD_PROBE " " + what + " 2>&1";
-        Outcome outcome{"", -1};
-        FILE* const pipe = popen(command.c_str(), "r");
-        char block[4096];
-        for (std::size_t count = 0; (count = fread(block, 1, sizeof block, pipe)) > 0;) {
-            outcome.report.append(block, count);
-        }
-        const int status = pclose(pipe);
-        outcome.code = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-        return outcome;
+        return runProgram("TSAN_OPTIONS='" + options + "' " TUL_THREAD_PROBE " " + what);
     }
 
     const std::string accepted = "suppressions=" TUL_TSAN_SUPPRESSIONS;
@@ -46,27 +32,27 @@ public:
 TEST_F(RaceReport, NamesTheOptionThatAHandlerQueuesWhileStartSendsItsBatch) {
     const Outcome outcome = probe("send-during-start", "");
     EXPECT_EQ(reported, outcome.code);
-    EXPECT_THAT(outcome.report, HasSubstr("WARNING: ThreadSanitizer: data race"));
-    EXPECT_THAT(outcome.report, HasSubstr("SshdVormaWrapper"));
-    EXPECT_THAT(outcome.report, HasSubstr("onServiceCategoryMoChangeNotification"));
+    EXPECT_THAT(outcome.output, HasSubstr("WARNING: ThreadSanitizer: data race"));
+    EXPECT_THAT(outcome.output, HasSubstr("SshdVormaWrapper"));
+    EXPECT_THAT(outcome.output, HasSubstr("onServiceCategoryMoChangeNotification"));
 }
 
 TEST_F(RaceReport, IsEmptyWhereTheRaceIsListedAsAccepted) {
     const Outcome outcome = probe("send-during-start", accepted);
     EXPECT_EQ(0, outcome.code);
-    EXPECT_EQ("", outcome.report);
+    EXPECT_EQ("", outcome.output);
 }
 
 TEST_F(RaceReport, NamesAHandlerWithoutTheLockInTheSameStorm) {
     const Outcome outcome = probe("handlers-without-lock", accepted);
     EXPECT_EQ(reported, outcome.code);
-    EXPECT_THAT(outcome.report, HasSubstr("onChange"));
+    EXPECT_THAT(outcome.output, HasSubstr("onChange"));
 }
 
 TEST_F(RaceReport, IsEmptyForTheSameHandlerWithTheLock) {
     const Outcome outcome = probe("handlers-with-lock", "");
     EXPECT_EQ(0, outcome.code);
-    EXPECT_EQ("", outcome.report);
+    EXPECT_EQ("", outcome.output);
 }
 
 }  // namespace

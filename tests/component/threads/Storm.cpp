@@ -78,10 +78,11 @@ void Storm::blow(unsigned notifications) {
 void Storm::deliverAll(unsigned share) {
     AdapterWatch::thisThreadDelivers();
     const Notifications notifications;
+    constexpr unsigned deliveriesOfOneState = 8;  // so that a state meets itself as well as the other one
     unsigned tries = 0;
     for (unsigned done = 0; done < share; ++tries) {
         const std::size_t consumer = tries % _target.consumers;
-        if (_framework.deliver(consumer, notifications.record(consumer, tries / 8))) {
+        if (_framework.deliver(consumer, notifications.record(consumer, tries / deliveriesOfOneState))) {
             ++done;
             count(consumer);
         } else {

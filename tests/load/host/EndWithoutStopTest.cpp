@@ -21,6 +21,9 @@ using testing::HasSubstr;
 using testing::Not;
 
 /** The node's program with the real component and a state that outlives it. */
+/** Ends as well when the program did, which then did not get so far. */
+const std::string untilReady = "until grep -q '^ready' out || ! kill -0 $node; do sleep 0.01; done; ";
+
 class EndWithoutStop : public testing::Test {
 public:
     EndWithoutStop() { directory.writeScript("vorma", "[ \"$1\" != spi-revision ] || echo 1.8.0"); }
@@ -37,9 +40,8 @@ public:
         const std::string folder = directory.path();
         // The input stays open, so that the program does not end by itself; "echo ready" tells that it got so far.
         return runProgram("cd " + folder + "; mkfifo in; { " + program(folder) +
-                          " <in >out 2>&1 & node=$!; exec 3>in; printf '" + commands +
-                          "wait\\necho ready\\n' >&3; until grep -q '^ready' out; do sleep 0.01; done; " + action +
-                          "; wait $node; echo \"code $?\"; exec 3>&-; cat out; rm in; }");
+                          " <in >out 2>&1 & node=$!; exec 3>in; printf '" + commands + "wait\\necho ready\\n' >&3; " +
+                          untilReady + action + "; wait $node; echo \"code $?\"; exec 3>&-; cat out; rm in; }");
     }
 
     /** The next start on the same state, and how it ended. */
@@ -92,10 +94,10 @@ TEST_F(EndWithoutStop, ASecondSignalEndsTheProgramWhileStopWaitsForTheAdapter) {
     const std::string folder = directory.path();
     const Outcome ended =
         runProgram("cd " + folder + "; mkfifo in; { " + program(gate.folder()) +
-                   " <in >out 2>&1 & node=$!; exec 3>in; printf 'lock CliSsh\\nwait\\necho ready\\n' >&3; until grep "
-                   "-q '^ready' out; do sleep 0.01; done; kill -TERM $node; read -r line <" +
-                   gate.folder() + "/arrived; kill -TERM $node; wait $node; echo \"code $?\"; exec 3>&-; echo >" +
-                   gate.folder() + "/mayGo; cat out; }");
+                   " <in >out 2>&1 & node=$!; exec 3>in; printf 'lock CliSsh\\nwait\\necho ready\\n' >&3; " +
+                   untilReady + "kill -TERM $node; read -r line <" + gate.folder() +
+                   "/arrived; kill -TERM $node; wait $node; echo \"code $?\"; exec 3>&-; echo >" + gate.folder() +
+                   "/mayGo; cat out; }");
     EXPECT_THAT(ended.output, HasSubstr("code 1\n"));
     EXPECT_THAT(ended.output, Not(HasSubstr("component: unloaded")));
     expectAdopted(nextStart());

@@ -3,6 +3,7 @@
 
 #include <array>
 #include <optional>
+#include <ostream>
 #include <vector>
 
 #include "ComponentLibrary.h"
@@ -195,20 +196,27 @@ INSTANTIATE_TEST_SUITE_P(FirstEntry, EntrySequences, testing::Range(0, static_ca
 
 // Longer ways on which the flags of one life meet the configuration of the next
 
-const std::vector<Entry> longWays[] = {
-    {INIT_ON, START, TERMINATE, INIT_ON, START, STOP, START, STOP, TERMINATE},
-    {INIT_ON, START, TERMINATE, INIT_OFF, START, STOP, STOP, START, TERMINATE},
-    {INIT_OFF, START, START, TERMINATE, INIT_ON, START, STOP, TERMINATE, START},
-    {INIT_BAD, START, INIT_NULL, START, INIT_ON, INIT_OFF, START, START, STOP},
+struct LongWay {
+    const char* name;
+    std::vector<Entry> entries;
+
+    friend std::ostream& operator<<(std::ostream& stream, const LongWay& row) { return stream << row.name; }
 };
 
-class LongWays : public testing::TestWithParam<std::vector<Entry>> {};
+const LongWay longWays[] = {
+    {"InitializedAgainWhileRunning", {INIT_ON, START, TERMINATE, INIT_ON, START, STOP, START, STOP, TERMINATE}},
+    {"SwitchedOffWhileRunning", {INIT_ON, START, TERMINATE, INIT_OFF, START, STOP, STOP, START, TERMINATE}},
+    {"SwitchedOnLater", {INIT_OFF, START, START, TERMINATE, INIT_ON, START, STOP, TERMINATE, START}},
+    {"ConfiguredAtTheThirdTry", {INIT_BAD, START, INIT_NULL, START, INIT_ON, INIT_OFF, START, START, STOP}},
+};
+
+class LongWays : public testing::TestWithParam<LongWay> {};
 
 TEST_P(LongWays, AreAsLaidDown) {
-    EXPECT_TRUE(expectAsLaidDown(GetParam()));
+    EXPECT_TRUE(expectAsLaidDown(GetParam().entries));
 }
 
-INSTANTIATE_TEST_SUITE_P(Each, LongWays, testing::ValuesIn(longWays));
+INSTANTIATE_TEST_SUITE_P(Each, LongWays, testing::ValuesIn(longWays), [](const auto& row) { return row.param.name; });
 
 TEST(EntrySequencesDeathTest, AConsumerThatIsStillSubscribedIsNotStartedAgain) {
     Subject subject;

@@ -17,16 +17,21 @@ using testing::HasSubstr;
 
 constexpr int fewLives = 50;
 
-/** Lives of a library in the host that knows nothing but the SPI headers. */
-Outcome livesInForeignHost(const std::string& library, int lives) {
-    return runProgram(TUL_FOREIGN_HOST " " + library + " " + std::to_string(lives));
-}
-
-/** Lives of a library in the development node. */
-Outcome livesInNode(const std::string& library, int lives) {
+/** Lives of a library in one of the two hosts, with an adapter that says yes to everything. */
+Outcome livesIn(const std::string& host, const std::string& library, int lives) {
     const TemporaryDirectory scripts;
     scripts.writeScript("vorma", "[ \"$1\" != spi-revision ] || echo 1.8.0");
-    return runProgram(TUL_NODE_LIVES " " + library + " " + scripts.path().string() + " " + std::to_string(lives));
+    return runProgram(host + " " + library + " " + scripts.path().string() + " " + std::to_string(lives));
+}
+
+/** The host that knows nothing but the SPI headers. */
+Outcome livesInForeignHost(const std::string& library, int lives) {
+    return livesIn(TUL_FOREIGN_HOST, library, lives);
+}
+
+/** The development node. */
+Outcome livesInNode(const std::string& library, int lives) {
+    return livesIn(TUL_NODE_LIVES, library, lives);
 }
 
 void expectInOrder(const Outcome& outcome) {

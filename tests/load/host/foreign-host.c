@@ -2,7 +2,7 @@
  * A framework that knows a component only by the SPI headers: loads its library, drives it through a whole life,
  * unloads it, again and again, and ends with 0 only if each life was as it should be and left nothing behind.
  *
- *     foreign-host LIBRARY [LIVES]
+ *     foreign-host LIBRARY SCRIPT-FOLDER [LIVES]
  *
  * A line for each hundred lives; at the first fault a line that names it, and the end with 1.
  */
@@ -12,7 +12,6 @@
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include "TulCommon_1.h"
@@ -43,15 +42,7 @@ static const char expectedComplaints[] =
     "getDnValue: Could not find first instance of classpath : ManagedElement,SystemFunctions,SysM,CliSsh; "
     "getDnValue: Could not find first instance of classpath : ManagedElement,SystemFunctions,SysM,NetconfSsh; ";
 
-static char scriptFolder[] = "/tmp/foreign-host.XXXXXX";
 static int life; /* the one under way, from 1; 0: none */
-
-static void removeScript(void) {
-    char script[64];
-    snprintf(script, sizeof script, "%s/vorma", scriptFolder);
-    unlink(script);
-    rmdir(scriptFolder);
-}
 
 /* Exit codes: 1 for the component's faults, 2 for the host's own. _exit: what is wrong must not go on. */
 static void fail(const char* format, ...) __attribute__((noreturn, format(printf, 1, 2)));
@@ -63,7 +54,6 @@ static void fail(const char* format, ...) {
     va_end(args);
     printf("\n");
     fflush(stdout);
-    removeScript();
     _exit(1);
 }
 
@@ -71,22 +61,6 @@ static void require(bool condition, const char* what) {
     if (!condition) {
         fail("%s", what);
     }
-}
-
-static void writeScript(void) {
-    char script[64];
-    FILE* file = NULL;
-    if (mkdtemp(scriptFolder) != NULL) {
-        snprintf(script, sizeof script, "%s/vorma", scriptFolder);
-        file = fopen(script, "we");
-    }
-    if (file == NULL) {
-        perror("foreign-host: no script");
-        _exit(2);
-    }
-    fputs("#!/bin/sh\n[ \"$1\" != spi-revision ] || echo 1.8.0\n", file);
-    fclose(file);
-    chmod(script, 0700);
 }
 
 /* C has no cast from what dlsym gives to a function. */
@@ -204,14 +178,13 @@ static void checkGrowth(const struct Process* before, const struct Process* afte
 }
 
 int main(int argc, char** argv) {
-    const int lives = argc > 2 ? atoi(argv[2]) : 1000;
-    if (argc < 2 || lives < 10) {
-        fprintf(stderr, "usage: foreign-host LIBRARY [LIVES], 10 or more lives\n");
+    const int lives = argc > 3 ? atoi(argv[3]) : 1000;
+    if (argc < 3 || lives < 10) {
+        fprintf(stderr, "usage: foreign-host LIBRARY SCRIPT-FOLDER [LIVES], 10 or more lives\n");
         return 2;
     }
     setvbuf(stdout, NULL, _IOLBF, BUFSIZ);
-    writeScript();
-    if (frameworkAttach(scriptFolder) != BRY_OK) {
+    if (frameworkAttach(argv[2]) != BRY_OK) {
         fprintf(stderr, "foreign-host: libtul_common does not take this framework\n");
         return 2;
     }
@@ -219,9 +192,8 @@ int main(int argc, char** argv) {
     liveOften(argv[1], warmUp);
     const struct Process before = processNow();
     liveOften(argv[1], lives - warmUp);
-    const struct Process after = processNow();
+    const struct Process after = processAtRest(before.threads);
     checkGrowth(&before, &after);
     tulCommonDetach();
-    removeScript();
     return 0;
 }

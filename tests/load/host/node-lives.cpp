@@ -22,6 +22,7 @@
 namespace {
 
 using namespace TulNode;
+using TulTest::hasSanitizer;
 
 /** A life, and what makes the next one begin where this one did. */
 constexpr const char* commands[] = {"load",
@@ -166,6 +167,6 @@ int main(int argc, char** argv) {
     all.live(warmUp);
     const Process before = processNow();
     all.live(lives - warmUp);
-    checkGrowth(all, before, processNow());
+    checkGrowth(all, before, processAtRest(before.threads));
     return 0;
 }

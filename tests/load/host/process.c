@@ -2,10 +2,12 @@
 
 #include <dirent.h>
 #include <malloc.h>
+#include <sched.h>
 #include <stdio.h>
 #include <string.h>
 #include <sys/stat.h>
 #include <sys/sysmacros.h>
+#include <time.h>
 
 static int entriesOf(const char* folder) {
     DIR* directory = opendir(folder);
@@ -18,12 +20,12 @@ static int entriesOf(const char* folder) {
 }
 
 static long residentKib(void) {
-    FILE* status = fopen("/proc/self/status", "re");
+    FILE* rollup = fopen("/proc/self/smaps_rollup", "re");
     char line[256];
     long result = 0;
-    while (fgets(line, sizeof line, status) != NULL && sscanf(line, "VmRSS: %ld", &result) != 1) {
+    while (fgets(line, sizeof line, rollup) != NULL && sscanf(line, "Anonymous: %ld", &result) != 1) {
     }
-    fclose(status);
+    fclose(rollup);
     return result;
 }
 
@@ -33,6 +35,14 @@ struct Process processNow(void) {
     now.residentKib = residentKib();
     now.heapBytes = mallinfo2().uordblks;
     return now;
+}
+
+struct Process processAtRest(int threads) {
+    const time_t giveUp = time(NULL) + 5;
+    while (entriesOf("/proc/self/task") != threads && time(NULL) < giveUp) {
+        sched_yield();
+    }
+    return processNow();
 }
 
 bool processMaps(const char* file) {

@@ -12,11 +12,15 @@ extern "C" {
 struct Process {
     int descriptors;
     int threads;
-    long residentKib;
+    long residentKib; /* without what files back, which the kernel may load and drop as it likes */
     size_t heapBytes; /* what malloc has given out, unless a sanitizer does its work */
 };
 
 struct Process processNow(void);
+
+/* As processNow, once there are that many threads; after five seconds, however many there are. The kernel lists a
+ * thread a little longer than it takes to join it. */
+struct Process processAtRest(int threads);
 
 /* True while the file is mapped, under whatever name the kernel lists it. */
 bool processMaps(const char* file);
