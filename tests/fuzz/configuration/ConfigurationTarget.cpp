@@ -1,6 +1,6 @@
 /* Any bytes as the component's configuration, against the rules worked out a second way. */
 
-#include "LightFramework.h"
+#include "FuzzFramework.h"
 #include "Reading.h"
 #include "Target.h"
 #include "TulConfiguration.h"
@@ -34,7 +34,7 @@ void checkNul(const std::string& bytes) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    static const LightFramework framework;
+    static const FuzzFramework framework;
     const std::string bytes(reinterpret_cast<const char*>(data), size);
     checkNul(bytes);
     check(bytes.c_str());

@@ -57,7 +57,7 @@ private:
     void checkBatches();
 
     const Setup _setup;
-    LightFramework _framework;
+    FuzzFramework _framework;
     Model _model;
     Port _cli;
     Port _netconf;

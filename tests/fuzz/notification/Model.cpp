@@ -13,7 +13,7 @@ struct Model::Container : TulMoAttributeValueContainer_3 {
     std::string text;
 };
 
-Model::Model(LightFramework& framework, char cliState, char netconfState)
+Model::Model(FuzzFramework& framework, char cliState, char netconfState)
     : _cliState(cliState), _netconfState(netconfState) {
     framework.onFindInstances = [this](const std::string& classPath, TulOamSpiMoVisitor_3 visitor, void* context) {
         return find(classPath, visitor, context);

@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "Answers.h"
-#include "LightFramework.h"
+#include "FuzzFramework.h"
 
 namespace TulFuzz {
 
@@ -16,7 +16,7 @@ public:
      * How the two MOs of the component are found at its start: 'n' not at all, 'e' without a readable state, anything
      * else as a digit.
      */
-    Model(LightFramework& framework, char cliState, char netconfState);
+    Model(FuzzFramework& framework, char cliState, char netconfState);
 
     ~Model();
 

@@ -1,6 +1,6 @@
 /* Any bytes as an adapter's answer to the question for its revision, against a reference that reads by letters. */
 
-#include "LightFramework.h"
+#include "FuzzFramework.h"
 #include "ReferenceRevision.h"
 #include "RevisionSubject.h"
 #include "Target.h"
@@ -34,7 +34,7 @@ void check(const std::string& text) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    static const LightFramework framework;
+    static const FuzzFramework framework;
     check(std::string(reinterpret_cast<const char*>(data), size));
     return 0;
 }

@@ -1,5 +1,5 @@
-#ifndef TUL_FUZZ_LIGHT_FRAMEWORK_H
-#define TUL_FUZZ_LIGHT_FRAMEWORK_H
+#ifndef TUL_FUZZ_FUZZ_FRAMEWORK_H
+#define TUL_FUZZ_FUZZ_FRAMEWORK_H
 
 #include <functional>
 #include <set>
@@ -18,10 +18,10 @@ namespace TulFuzz {
  *
  * Set the public members first.
  */
-class LightFramework {
+class FuzzFramework {
 public:
-    LightFramework();
-    ~LightFramework();
+    FuzzFramework();
+    ~FuzzFramework();
 
     const BryMgmtSpiPortalAccessor* accessor() const;
 
@@ -41,8 +41,8 @@ public:
     std::function<BryReturnT(const std::string& classPath, TulOamSpiMoVisitor_3 visitor, void* context)>
         onFindInstances;
 
-    LightFramework(const LightFramework&) = delete;
-    LightFramework& operator=(const LightFramework&) = delete;
+    FuzzFramework(const FuzzFramework&) = delete;
+    FuzzFramework& operator=(const FuzzFramework&) = delete;
 
 private:
     friend struct LightTables;

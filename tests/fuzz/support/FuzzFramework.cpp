@@ -1,4 +1,4 @@
-#include "LightFramework.h"
+#include "FuzzFramework.h"
 
 #include <algorithm>
 #include <cstring>
@@ -16,7 +16,7 @@ namespace TulFuzz {
 
 namespace {
 
-LightFramework* current = nullptr;
+FuzzFramework* current = nullptr;
 
 /** Reads a text to its end: a sanitizer sees one that is not terminated or not there any more. */
 volatile std::size_t touched = 0;
@@ -97,7 +97,7 @@ struct LightTables {
 
     static BryReturnT unregisterConsumer(BryOamSpiEventConsumerHandleT, BryOamSpiEventConsumerRecord* record) {
         std::erase_if(current->_consumers,
-                      [record](const LightFramework::Consumer& consumer) { return consumer.record == record; });
+                      [record](const FuzzFramework::Consumer& consumer) { return consumer.record == record; });
         return BRY_OK;
     }
 };
@@ -152,7 +152,7 @@ const BryMgmtSpiPortalAccessor portalAccessor{getPortal};
 
 }  // namespace
 
-LightFramework::LightFramework() {
+FuzzFramework::FuzzFramework() {
     current = this;
     const TulCommonSettings_1 settings{&portalAccessor, "/", nullptr};
     if (tulCommonAttach(&settings) != BRY_OK) {
@@ -160,16 +160,16 @@ LightFramework::LightFramework() {
     }
 }
 
-LightFramework::~LightFramework() {
+FuzzFramework::~FuzzFramework() {
     tulCommonDetach();
     current = nullptr;
 }
 
-const BryMgmtSpiPortalAccessor* LightFramework::accessor() const {
+const BryMgmtSpiPortalAccessor* FuzzFramework::accessor() const {
     return &portalAccessor;
 }
 
-BryReturnT LightFramework::notify(std::size_t index, void* notification) {
+BryReturnT FuzzFramework::notify(std::size_t index, void* notification) {
     const Consumer& consumer = _consumers.at(index);
     return consumer.record->notify(index + 1, consumer.eventType.c_str(), consumer.filter, notification);
 }
