@@ -213,4 +213,24 @@ TEST_F(Lifecycle, ARestartTakesTheLastKnownStateWhenTheMoCannotBeRead) {
                 std::string("4 getAdministrativeState: Unable to get administrativeState for ") + netconfSshDn});
 }
 
+/** What a notification opens the port for, a start does not: there only the unlocked state does. */
+TEST_F(Lifecycle, ARestartClosesThePortsForALastKnownStateThatIsNeitherLockedNorUnlocked) {
+    framework.givenMo(cliSshDn, {{"administrativeState", enumeration(1)}});
+    framework.givenMo(netconfSshDn, {{"administrativeState", enumeration(1)}});
+    framework.givenMo(sshDn);
+    givenStarted();
+    notify(cliSshPattern, CmNotification().changed(cliSshDn).enumeration("administrativeState", 2));
+    notify(netconfSshPattern, CmNotification().changed(netconfSshDn).enumeration("administrativeState", -1));
+    expectRuns({"clissh unlock port 2022", "netconfssh unlock port 2830"});
+    ASSERT_EQ(BRY_OK, library.stop());
+    forget();
+
+    framework.givenMo(cliSshDn);
+    framework.givenMo(netconfSshDn);
+    ASSERT_EQ(BRY_OK, library.start());
+    expectRuns({"clissh lock", "netconfssh lock", "ssh --removeIpQoS --renegotiationTime 3600"});
+    expectLogs({std::string("4 getAdministrativeState: Unable to get administrativeState for ") + cliSshDn,
+                std::string("4 getAdministrativeState: Unable to get administrativeState for ") + netconfSshDn});
+}
+
 }  // namespace

@@ -1,6 +1,9 @@
+#include <locale>
+#include <sstream>
 #include <stdexcept>
 
 #include "ComponentTest.h"
+#include "InstalledLocales.h"
 
 namespace {
 
@@ -154,6 +157,26 @@ TEST_P(SettingsDscp, IsSentInDecimalOrItsRemovalIs) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Settings, SettingsDscp, testing::ValuesIn(dscpRows), nameOf<DscpRow>);
+
+/** A comma between all digits: even a number of two is printed in another way. */
+struct CommasBetweenDigits : std::numpunct<char> {
+    char do_thousands_sep() const override { return ','; }
+    std::string do_grouping() const override { return "\1"; }
+};
+
+TEST_F(Settings, TheDscpIsPrintedTheSameWhereNumbersAreGrouped) {
+    framework.givenMo(sshDn);
+    framework.givenMo(oamCmDn, {{"dscp", uint8(46)}});
+    ASSERT_EQ(BRY_OK, library.init(configuration(true)));
+    {
+        const LocaleInForce locale(std::locale(std::locale::classic(), new CommasBetweenDigits));
+        std::ostringstream naive;
+        naive << 46;
+        EXPECT_EQ("4,6", naive.str()) << "the grouping is in force";
+        ASSERT_EQ(BRY_OK, library.start());
+    }
+    EXPECT_EQ("ssh --ipQos 46 --renegotiationTime 3600", framework.takeRuns().back());
+}
 
 TEST_F(Settings, TheDscpIsRemovedWithoutAWarningWhenThereIsNoTransport) {
     framework.givenMo(sshDn);

@@ -1,6 +1,8 @@
 #ifndef TUL_TEST_LIFE_H
 #define TUL_TEST_LIFE_H
 
+#include <optional>
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -17,12 +19,15 @@ using Lines = std::vector<std::string>;
 
 /** How a call ended: with a result, or with what it threw. */
 struct Outcome {
-    BryReturnT result = BRY_OK;
+    std::optional<BryReturnT> result = BRY_OK; /**< none: it threw */
     std::string thrown{}; /**< "bad_alloc", "integer", or the text of another exception; empty: nothing */
+
+    static Outcome of(BryReturnT result) { return {result, {}}; }
+    static Outcome ofThrown(const std::string& text) { return {std::nullopt, text}; }
 
     bool operator==(const Outcome&) const = default;
     friend std::ostream& operator<<(std::ostream& stream, const Outcome& outcome) {
-        return stream << outcome.result << ' ' << outcome.thrown;
+        return outcome.result ? stream << *outcome.result : stream << "threw " << outcome.thrown;
     }
 };
 
@@ -75,6 +80,7 @@ public:
 private:
     void givenFullNode();
     BryReturnT init(bool managed);
+    void deliverElsewhere(const char* pattern, void (*build)(CmNotification&));
     void deliverElsewhere(const char* pattern, void (*build)(CmNotification&), const char* expectedRun);
     BryReturnT perform();
     void note(const std::string& line);

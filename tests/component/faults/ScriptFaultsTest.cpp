@@ -194,7 +194,7 @@ public:
         Life life(call);
         const Prediction predicted = Predictor(call, failure).predict(before, n, persistence);
         life.adapter.fail(n, persistence, [this] { return failure.end(); });
-        EXPECT_EQ((Outcome{BRY_OK, predicted.thrown}), life.act());
+        EXPECT_EQ(predicted.thrown.empty() ? Outcome() : Outcome::ofThrown(predicted.thrown), life.act());
         EXPECT_EQ(predicted.journal, life.journal);
         expectFlags(life, predicted, n);
         if (predicted.revisionLost) {

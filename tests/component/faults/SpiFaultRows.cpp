@@ -383,12 +383,16 @@ const std::vector<FaultRow>& faultRows() {
 std::vector<EndRow> endRows(unsigned int accessors) {
     std::vector<EndRow> rows;
     for (unsigned int use = 1; use <= 4; ++use) {
-        rows.push_back({"registerConsumer", use, "3 start: Could not register consumer\n"});
-        rows.push_back({"addSubscription", use, "3 start: Could not add subscription\n"});
+        rows.push_back({"registerConsumer", use, "3 start: Could not register consumer"});
+        rows.push_back({"addSubscription", use, "3 start: Could not add subscription"});
         rows.push_back({eventRouter, use, noRouter});
         rows.push_back({portal1, accessors + use, noRouter});
     }
     return rows;
+}
+
+std::string lastWordsBeforeSubscribing(const Scenario& start) {
+    return start.full ? revision : noSsh;
 }
 
 const Uses& usesOf(const std::string& scenario) {

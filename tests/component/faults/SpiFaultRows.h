@@ -53,6 +53,9 @@ struct EndRow {
 /** Of a start that has built so many accessors before; each consumer takes one use of each operation. */
 std::vector<EndRow> endRows(unsigned int accessors);
 
+/** The last line that an undisturbed start has in its journal when its first consumer starts. */
+std::string lastWordsBeforeSubscribing(const Scenario& start);
+
 }  // namespace TulTest
 
 #endif

@@ -1,3 +1,5 @@
+#include <malloc.h>
+
 #include <array>
 #include <condition_variable>
 #include <future>
@@ -9,6 +11,7 @@
 #include "LeakCheck.h"
 #include "ModelFixture.h"
 #include "Node.h"
+#include "Sanitizers.h"
 #include "ScriptedRunner.h"
 
 namespace TulNode {
@@ -25,6 +28,18 @@ constexpr std::chrono::seconds longEnough{100};
 
 /** So many that the router warns of its queue, and some. */
 constexpr std::size_t commits = EventRouter::manyWaiting + 500;
+
+/** Bytes that one notification may take while it waits. */
+constexpr std::size_t mostEach = 4096;
+
+/** Bytes by which the heap may differ afterwards: less than the smallest block for each notification. */
+constexpr std::size_t mostLeft = 16 * commits;
+
+/** Bytes of the heap that are in use, on all threads together. */
+std::size_t heapInUse() {
+    const struct mallinfo2 heap = mallinfo2();
+    return heap.uordblks + heap.hblkhd;
+}
 
 /** Held in its first run, until it is released; a destroyed test releases it too. */
 class HeldAdapter {
@@ -61,6 +76,24 @@ private:
 class NodeFlood : public testing::Test {
 public:
     NodeFlood() { node.applyInitialModel(defaultModel, "default"); }
+
+    void startComponent() {
+        node.load();
+        node.loader.start(BRY_REASON_NORMAL);
+        ASSERT_TRUE(node.services.router.waitUntilIdle(longEnough));
+    }
+
+    /** For the controls: an MO, and in place of the component a consumer of whatever happens to it. */
+    EventRouter::Handle subscribe(BryOamSpiEventConsumerRecord& record) {
+        node.services.router.hold(false);
+        const auto handle = node.services.transactions.open(TUL_LOCK_POLICY_SHARED, 60, "test");
+        node.services.transactions.create(handle, cliSsh, {{"administrativeState", enumeration(1)}});
+        node.services.transactions.commit(handle);
+        std::array<BryNameValuePairT*, 1> everything{nullptr};
+        const auto consumer = node.services.router.registerConsumer(&record);
+        node.services.router.addSubscription(consumer, BRY_OAM_SPI_CM_EVENT_NOTIFICATION_1, everything.data());
+        return consumer;
+    }
 
     /** One transaction each: locked, unlocked, locked, ... */
     void commitAll() {
@@ -102,9 +135,7 @@ std::string joined(const Lines& words) {
 }
 
 TEST_F(NodeFlood, WaitsInTheRoutersQueueWhileTheAdapterIsHeldAndIsRunInOrder) {
-    node.load();
-    node.loader.start(BRY_REASON_NORMAL);
-    ASSERT_TRUE(node.services.router.waitUntilIdle(longEnough));
+    startComponent();
     const std::size_t warningsBefore = warnings().size();
     HeldAdapter adapter;
     const ScriptedRunner runner([&adapter](const AdapterRun& run) {
@@ -123,6 +154,73 @@ TEST_F(NodeFlood, WaitsInTheRoutersQueueWhileTheAdapterIsHeldAndIsRunInOrder) {
     EXPECT_EQ(everyRunOnceInOrder(), adapter.runs());
     node.loader.unload(BRY_REASON_NORMAL);
     EXPECT_EQ(0u, node.services.journal.accusations());
+}
+
+/** What a flood adds to the heap, in bytes. */
+struct Growth {
+    std::size_t held; /**< while everything but the first notification waits */
+    std::size_t left; /**< when all is done */
+};
+
+std::size_t growthSince(std::size_t before) {
+    const std::size_t now = heapInUse();
+    return now > before ? now - before : 0;
+}
+
+class NodeFloodHeap : public NodeFlood {
+public:
+    void SetUp() override {
+        if (TulTest::hasSanitizer) {
+            GTEST_SKIP() << "a sanitizer's heap is not the C library's, and keeps what is freed";
+        }
+    }
+
+    Growth flood() {
+        Growth growth{};
+        const std::size_t before = heapInUse();
+        {
+            HeldAdapter adapter;
+            const ScriptedRunner runner([&adapter](const AdapterRun& run) {
+                adapter.run(joined(run.words));
+                return std::string();
+            });
+            commitAll();
+            adapter.waitForFirstRun();
+            growth.held = growthSince(before);
+            adapter.release();
+            EXPECT_TRUE(node.services.router.waitUntilIdle(longEnough));
+            EXPECT_EQ(everyRunOnceInOrder(), adapter.runs());
+        }
+        growth.left = growthSince(before);
+        return growth;
+    }
+};
+
+TEST_F(NodeFloodHeap, GrowsByLittleForWhatWaitsAndIsAsBeforeInTheEnd) {
+    startComponent();
+    flood();  // the journal is full from here on, and so are the caches of the C library
+    const Growth growth = flood();
+    RecordProperty("bytesEach", static_cast<int>(growth.held / commits));
+    RecordProperty("bytesLeft", static_cast<int>(growth.left));
+    EXPECT_LT(growth.held, mostEach * commits);
+    EXPECT_LT(growth.left, mostLeft);
+    node.loader.unload(BRY_REASON_NORMAL);
+}
+
+/** The control: a component that has a queue of its own and keeps what it has done. */
+TEST_F(NodeFloodHeap, OfAHoardingComponentIsSeenToGrow) {
+    static std::vector<std::string> hoard;
+    BryOamSpiEventConsumerRecord record{[](auto, auto, auto, void*) -> BryReturnT {
+        hoard.emplace_back(mostEach, 'x');
+        return BRY_OK;
+    }};
+    const auto consumer = subscribe(record);
+    const std::size_t before = heapInUse();
+    commitAll();
+    ASSERT_TRUE(node.services.router.waitUntilIdle(longEnough));
+    EXPECT_LT(mostEach * commits, growthSince(before));
+    node.services.router.unregisterConsumer(consumer, &record);
+    std::vector<std::string>().swap(hoard);
 }
 
 /** The control: a component with a thread of its own that keeps only the newest state while its adapter is busy. */
@@ -178,16 +276,10 @@ private:
 };
 
 TEST_F(NodeFlood, OfAForgetfulComponentIsSeenToBeLost) {
-    node.services.router.hold(false);
-    const auto handle = node.services.transactions.open(TUL_LOCK_POLICY_SHARED, 60, "test");
-    node.services.transactions.create(handle, cliSsh, {{"administrativeState", enumeration(1)}});
-    node.services.transactions.commit(handle);
     HeldAdapter adapter;
     Forgetful forgetful(adapter);
     BryOamSpiEventConsumerRecord record{Forgetful::notify};
-    std::array<BryNameValuePairT*, 1> everything{nullptr};
-    const auto consumer = node.services.router.registerConsumer(&record);
-    node.services.router.addSubscription(consumer, BRY_OAM_SPI_CM_EVENT_NOTIFICATION_1, everything.data());
+    const auto consumer = subscribe(record);
     commitAll();
     adapter.waitForFirstRun();
     EXPECT_TRUE(node.services.router.waitUntilIdle(longEnough)) << "nothing waits in the router";
