@@ -87,4 +87,43 @@ TEST_P(Copies, AreUnloadedOneByOne) {
 INSTANTIATE_TEST_SUITE_P(Loaded, Copies, testing::Values(RTLD_LOCAL, RTLD_GLOBAL),
                          [](const auto& row) { return row.param == RTLD_LOCAL ? "Locally" : "Globally"; });
 
+/** A library that is loaded for everybody, until the end of the test. */
+class LoadedGlobally {
+public:
+    explicit LoadedGlobally(const char* file) : _library(dlopen(file, RTLD_NOW | RTLD_GLOBAL)) {}
+    ~LoadedGlobally() { dlclose(_library); }
+
+    BryReturnT initializeItsOwn() const {
+        return reinterpret_cast<BryReturnT (*)()>(dlsym(_library, "initializeItsOwn"))();
+    }
+
+    LoadedGlobally(const LoadedGlobally&) = delete;
+    LoadedGlobally& operator=(const LoadedGlobally&) = delete;
+
+private:
+    void* const _library;
+};
+
+class StrangerWithTheSameNames : public Copies {};
+
+TEST_P(StrangerWithTheSameNames, IsNeverCalledByTheComponent) {
+    const LoadedGlobally stranger(TUL_STRANGER);
+    ComponentLibrary library(framework, ComponentLibrary::path(), GetParam());
+    ASSERT_EQ(BRY_OK, library.init(configuration(true)));
+    ASSERT_EQ(BRY_OK, library.start());
+    notify(0, 0);
+    EXPECT_THAT(framework.takeRuns(), testing::Contains("clissh lock"));
+    EXPECT_EQ(BRY_OK, library.stop());
+    library.terminate();
+}
+
+INSTANTIATE_TEST_SUITE_P(Loaded, StrangerWithTheSameNames, testing::Values(RTLD_LOCAL, RTLD_GLOBAL),
+                         [](const auto& row) { return row.param == RTLD_LOCAL ? "Locally" : "Globally"; });
+
+/** The control: a library that hides none of its names calls whoever was loaded for everybody first. */
+TEST(NaiveLibrary, CallsTheStrangerWithTheSameNames) {
+    const LoadedGlobally stranger(TUL_STRANGER);
+    EXPECT_EQ(2, LoadedGlobally(TUL_NAIVE).initializeItsOwn());
+}
+
 }  // namespace
