@@ -34,7 +34,7 @@ EventRouter::Handle EventRouter::registerConsumer(BryOamSpiEventConsumerRecord* 
             throw Refusal(BRY_ALREADY_EXISTS, "the record is registered already, as " + nameOf(handle));
         }
     }
-    auto added = std::make_unique<Consumer>(Consumer{consumer, _lastHandle + 1});
+    auto added = std::make_unique<Consumer>(consumer, _lastHandle + 1);
     try {
         added->worker = std::thread([this, &one = *added] { work(one); });
     } catch (const std::system_error& e) {
@@ -90,6 +90,7 @@ void EventRouter::remove(Lock& lock, Consumers::iterator position) {
     _consumers.erase(position);
     leaving->registered = false;
     leaving->queue.clear();
+    leaving->mayWork.notify_one();
     _changed.notify_all();
     if (leaving->worker.get_id() == std::this_thread::get_id()) {
         _leaving.push_back(std::move(leaving));
@@ -103,31 +104,43 @@ void EventRouter::remove(Lock& lock, Consumers::iterator position) {
     _changed.notify_all();
 }
 
+/** Asked once more when it is delivered: subscriptions may be gone by then. */
+bool EventRouter::Consumer::wants(const std::vector<MoChange>& changes) const {
+    const auto isWanted = [this](const MoChange& change) {
+        return std::any_of(subscriptions.begin(), subscriptions.end(),
+                           [&change](const auto& one) { return one->filter.matches(change.dn); });
+    };
+    return std::any_of(changes.begin(), changes.end(), isWanted);
+}
+
 void EventRouter::publish(Commit commit) {
     const Lock lock(_mutex);
     ++_published;
     for (const auto& [handle, consumer] : _consumers) {
-        if (consumer->subscriptions.empty()) {
+        if (!consumer->wants(*commit)) {
             continue;
         }
         consumer->queue.push_back({_published, commit});
+        consumer->mayWork.notify_one();
         if (consumer->queue.size() == manyWaiting) {
             _journal.log(Warning, "publish", nameOf(handle) + " is slow: many notifications wait for it");
         }
     }
-    _changed.notify_all();
 }
 
 void EventRouter::hold(bool held) {
     const Lock lock(_mutex);
     _held = held;
+    for (const auto& [handle, consumer] : _consumers) {
+        consumer->mayWork.notify_one();
+    }
     _changed.notify_all();
 }
 
 void EventRouter::work(Consumer& consumer) {
     Lock lock(_mutex);
     for (;;) {
-        _changed.wait(lock, [&] { return !consumer.registered || (!_held && !consumer.queue.empty()); });
+        consumer.mayWork.wait(lock, [&] { return !consumer.registered || (!_held && !consumer.queue.empty()); });
         if (!consumer.registered) {
             break;
         }

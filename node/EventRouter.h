@@ -24,7 +24,8 @@ namespace TulNode {
  *
  * A consumer gets the commits in their order, and for each of its subscriptions that matches one call with the
  * matching changes; a subscription sees what is published after it was added. No lock is held during a call. What
- * waits is shared between the consumers, so a slow one costs a pointer per commit and holds up nobody.
+ * waits is shared between the consumers, so a slow one costs a pointer per commit that concerns it, and holds up
+ * nobody.
  *
  * Any thread, also from inside a callback; the exceptions are named. Refusals carry the codes of
  * TulOamSpiEventRouter_1.h.
@@ -77,14 +78,19 @@ private:
         Commit commit;
     };
     struct Consumer {
-        BryOamSpiEventConsumerRecord* record;
-        Handle handle;
-        std::vector<std::shared_ptr<Subscription>> subscriptions{};
-        std::deque<Waiting> queue{};
+        Consumer(BryOamSpiEventConsumerRecord* theRecord, Handle itsHandle) : record(theRecord), handle(itsHandle) {}
+
+        bool wants(const std::vector<MoChange>& changes) const;
+
+        BryOamSpiEventConsumerRecord* const record;
+        const Handle handle;
+        std::vector<std::shared_ptr<Subscription>> subscriptions;
+        std::deque<Waiting> queue;
         bool registered = true;
         bool busy = false;
-        bool finished = false; /**< its thread is about to end */
-        std::thread worker{};
+        bool finished = false;           /**< its thread is about to end */
+        std::condition_variable mayWork; /**< its own: a commit wakes nobody whom it does not concern */
+        std::thread worker;
     };
     using Lock = std::unique_lock<std::mutex>;
     using Consumers = std::map<Handle, std::unique_ptr<Consumer>>;
@@ -100,7 +106,7 @@ private:
 
     Journal& _journal;
     std::mutex _mutex;
-    std::condition_variable _changed;
+    std::condition_variable _changed; /**< for those who wait for consumers */
     Consumers _consumers;
     std::vector<std::unique_ptr<Consumer>> _leaving; /**< unregistered from inside their own callbacks */
     std::size_t _joining = 0;                        /**< threads that wait for the end of a consumer's */

@@ -383,6 +383,22 @@ TEST_F(Router, WarnsOnceOfALongQueue) {
     EXPECT_EQ(journal.last(10).size(), 1U);
 }
 
+TEST_F(Router, KeepsNothingForAConsumerThatACommitDoesNotConcern) {
+    Recorder& consumer = recorder<0>();
+    Patterns other{{"^B="}};
+    router.hold(true);
+    subscribe(consumer, other);
+    const Commit commit = created({"A=1"});
+    for (std::size_t i = 0; i < EventRouter::manyWaiting + 10; ++i) {
+        router.publish(commit);
+    }
+    EXPECT_THAT(journal.last(10), IsEmpty());
+    router.publish(created({"A=2", "B=1"}));
+    router.hold(false);
+    waitUntilIdle();
+    EXPECT_THAT(consumer.received(), ElementsAre(HasSubstr("B=1")));
+}
+
 TEST_F(Router, NamesAndRemovesAllThatIsLeft) {
     Recorder& first = recorder<0>();
     Recorder& second = recorder<1>();
