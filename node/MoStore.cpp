@@ -3,6 +3,7 @@
 #include <sqlite3.h>
 
 #include <stdexcept>
+#include <utility>
 
 #include "Dn.h"
 
@@ -63,30 +64,44 @@ void MoStore::prepareFile() {
     transaction.commit();
 }
 
-template <class... Arguments>
-void MoStore::run(const char* statement, const Arguments&... arguments) {
-    SQLite::Statement prepared(_database, statement);
-    int position = 0;
-    (prepared.bind(++position, arguments), ...);
-    prepared.exec();
-}
+/** A compiled statement in use. It is reset afterwards: a query that is left half-way would hold the database. */
+class MoStore::Prepared {
+public:
+    explicit Prepared(SQLite::Statement& statement) : _statement(&statement) {}
+    Prepared(Prepared&& other) noexcept : _statement(std::exchange(other._statement, nullptr)) {}
+    ~Prepared() {
+        if (_statement != nullptr) {
+            _statement->tryReset();
+        }
+    }
+
+    SQLite::Statement* operator->() const { return _statement; }
+
+    Prepared& operator=(Prepared&&) = delete;
+
+private:
+    SQLite::Statement* _statement;
+};
 
 template <class... Arguments>
-std::vector<std::string> MoStore::texts(const char* query, const Arguments&... arguments) {
-    SQLite::Statement prepared(_database, query);
+MoStore::Prepared MoStore::prepared(const char* text, const Arguments&... arguments) {
+    Prepared statement(_statements.try_emplace(text, _database, text).first->second);
     int position = 0;
-    (prepared.bind(++position, arguments), ...);
+    (statement->bind(++position, arguments), ...);
+    return statement;
+}
+
+std::vector<std::string> MoStore::texts(Prepared query) {
     std::vector<std::string> result;
-    while (prepared.executeStep()) {
-        result.push_back(prepared.getColumn(0).getString());
+    while (query->executeStep()) {
+        result.push_back(query->getColumn(0).getString());
     }
     return result;
 }
 
 std::optional<std::int64_t> MoStore::version(const std::string& dn) {
-    SQLite::Statement query(_database, "SELECT version FROM mo WHERE dn = ?");
-    query.bind(1, dn);
-    return query.executeStep() ? std::optional(query.getColumn(0).getInt64()) : std::nullopt;
+    const Prepared query = prepared("SELECT version FROM mo WHERE dn = ?", dn);
+    return query->executeStep() ? std::optional(query->getColumn(0).getInt64()) : std::nullopt;
 }
 
 std::optional<StoredMo> MoStore::find(const std::string& dn) {
@@ -95,26 +110,25 @@ std::optional<StoredMo> MoStore::find(const std::string& dn) {
         return std::nullopt;
     }
     StoredMo mo{*found, {}};
-    SQLite::Statement query(_database, "SELECT name, type, value FROM value WHERE dn = ? ORDER BY name, position");
-    query.bind(1, dn);
-    while (query.executeStep()) {
-        AttributeValue& value = mo.attributes[query.getColumn(0).getString()];
-        value.type = static_cast<TulOamSpiMoAttributeType_3>(query.getColumn(1).getInt());
-        value.values.push_back(scalarOf(query.getColumn(2)));
+    const Prepared query = prepared("SELECT name, type, value FROM value WHERE dn = ? ORDER BY name, position", dn);
+    while (query->executeStep()) {
+        AttributeValue& value = mo.attributes[query->getColumn(0).getString()];
+        value.type = static_cast<TulOamSpiMoAttributeType_3>(query->getColumn(1).getInt());
+        value.values.push_back(scalarOf(query->getColumn(2)));
     }
     return mo;
 }
 
 std::vector<std::string> MoStore::children(const std::string& dn) {
-    return texts("SELECT dn FROM mo WHERE parent = ? ORDER BY dn", dn);
+    return texts(prepared("SELECT dn FROM mo WHERE parent = ? ORDER BY dn", dn));
 }
 
 std::vector<std::string> MoStore::instances(const std::string& classPath) {
-    return texts("SELECT dn FROM mo WHERE classPath = ? ORDER BY dn", classPath);
+    return texts(prepared("SELECT dn FROM mo WHERE classPath = ? ORDER BY dn", classPath));
 }
 
 std::vector<std::string> MoStore::all() {
-    return texts("SELECT dn FROM mo ORDER BY dn");
+    return texts(prepared("SELECT dn FROM mo ORDER BY dn"));
 }
 
 void MoStore::apply(const std::vector<MoChange>& changes) {
@@ -132,17 +146,17 @@ void MoStore::apply(const std::vector<MoChange>& changes) {
 
 void MoStore::applyOne(const MoChange& change) {
     if (change.type == DELETED) {
-        run("DELETE FROM mo WHERE dn = ?", change.dn);
+        prepared("DELETE FROM mo WHERE dn = ?", change.dn)->exec();
         return;
     }
     if (change.type == CREATED) {
         const Dn dn(change.dn);
-        run("INSERT INTO mo VALUES (?, ?, ?, ?)", change.dn, dn.parent(), dn.classPath(), _commits);
+        prepared("INSERT INTO mo VALUES (?, ?, ?, ?)", change.dn, dn.parent(), dn.classPath(), _commits)->exec();
     } else {
-        run("UPDATE mo SET version = ? WHERE dn = ?", _commits, change.dn);
+        prepared("UPDATE mo SET version = ? WHERE dn = ?", _commits, change.dn)->exec();
     }
     for (const auto& [name, value] : change.attributes) {
-        run("DELETE FROM value WHERE dn = ? AND name = ?", change.dn, name);
+        prepared("DELETE FROM value WHERE dn = ? AND name = ?", change.dn, name)->exec();
         insertValues(change.dn, name, value);
     }
 }
@@ -151,8 +165,9 @@ void MoStore::insertValues(const std::string& dn, const std::string& name, const
     constexpr const char* statement = "INSERT INTO value VALUES (?, ?, ?, ?, ?)";
     int position = 0;
     for (const Scalar& scalar : value.values) {
-        std::visit([&](const auto& one) { run(statement, dn, name, position, std::int32_t{value.type}, one); },
-                   scalar);
+        std::visit(
+            [&](const auto& one) { prepared(statement, dn, name, position, std::int32_t{value.type}, one)->exec(); },
+            scalar);
         ++position;
     }
 }

@@ -4,8 +4,10 @@
 #include <SQLiteCpp/SQLiteCpp.h>
 
 #include <cstdint>
+#include <map>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "BryOamSpiCmEvent_Notification_1.h"
@@ -53,12 +55,13 @@ private:
     void prepareFile();
     void applyOne(const MoChange& change);
     void insertValues(const std::string& dn, const std::string& name, const AttributeValue& value);
+    class Prepared;
     template <class... Arguments>
-    void run(const char* statement, const Arguments&... arguments);
-    template <class... Arguments>
-    std::vector<std::string> texts(const char* query, const Arguments&... arguments);
+    Prepared prepared(const char* text, const Arguments&... arguments);
+    std::vector<std::string> texts(Prepared query);
 
     SQLite::Database _database;
+    std::map<std::string_view, SQLite::Statement> _statements; /**< compiled at their first use; by literals */
     std::int64_t _commits = 0;
 };
 
