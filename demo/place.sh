@@ -1,6 +1,7 @@
 # shellcheck shell=bash
 # A private place for one run: folders, keys, sshd's own configuration, the adapter's settings, free ports.
-# Sourced, with the top of the tree in `top`. make_place sets: place (its folder), cli_port, netconf_port.
+# Sourced, with the top of the tree in `top`. make_place sets: place (its folder), cli_port, netconf_port; once more,
+# and it makes another one.
 # remove_place takes all of it away again.
 
 port_answers() {
@@ -66,7 +67,7 @@ make_place() {
     write_client_config
     ln -s "$top/adapter/vorma" "$place/scripts/vorma"
     write_adapter_settings 1.8.0
-    cli_port=$(free_port $((20000 + $$ * 2 % 10000)))
+    cli_port=$(free_port $((${netconf_port:-$((19999 + $$ * 2 % 10000))} + 1)))
     # shellcheck disable=SC2034 # read by those who source this
     netconf_port=$(free_port $((cli_port + 1)))
 }

@@ -73,12 +73,11 @@ std::string ModelCommands::resolve(const std::string& dnOrClass) {
     if (isDn(dnOrClass)) {
         return Dn(dnOrClass).text();
     }
-    const std::string className = classDefinition(dnOrClass).name;
-    Words found = _transactions.all(_open);
-    std::erase_if(found, [&](const std::string& dn) { return Dn(dn).last().className != className; });
+    const ClassDefinition& definition = classDefinition(dnOrClass);
+    const Words found = _transactions.instances(_open, classPath(definition));
     if (found.size() != 1) {
         throw Refusal(BRY_NOT_FOUND, "there " + std::string(found.empty() ? "is no MO" : "are several MOs") +
-                                         " of the class " + className +
+                                         " of the class " + definition.name +
                                          (found.empty() ? "" : "; name one by its DN"));
     }
     return found[0];

@@ -124,6 +124,11 @@ const ClassDefinition& classDefinition(std::string_view className) {
                   "there is no class \"" + escape(className) + "\"; there are: " + join(names, ", "));
 }
 
+std::string classPath(const ClassDefinition& definition) {
+    return definition.parent.empty() ? definition.name
+                                     : classPath(classDefinition(definition.parent)) + "," + definition.name;
+}
+
 void checkPlace(const Dn& dn) {
     std::string above;
     for (const std::string& className : split(dn.classPath(), ',')) {

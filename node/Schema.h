@@ -43,6 +43,9 @@ const std::vector<ClassDefinition>& model();
 /** Refusal with BRY_UNKNOWN_CLASS. */
 const ClassDefinition& classDefinition(std::string_view className);
 
+/** The names of the classes from the root down to this one, with commas: "ManagedElement,Transport". */
+std::string classPath(const ClassDefinition& definition);
+
 /** Whether the classes of the DN may stand below each other so. Refusal: BRY_UNKNOWN_CLASS or BRY_WRONG_PARENT. */
 void checkPlace(const Dn& dn);
 

@@ -15,11 +15,12 @@
 
 struct Seen frameworkSeen;
 struct Held frameworkHeld;
+int frameworkLogLevel = 15;
 
-/* Log and trace: everything is wanted, and everything but information and traces is a complaint. */
+/* Log and trace: everything but information and traces is a complaint. */
 
 static int32_t getLevel(void) {
-    return 15;
+    return frameworkLogLevel;
 }
 
 static void writeLog(const char* function, int32_t severity, int32_t category, const char* format, const char* text) {
@@ -220,18 +221,21 @@ static BryReturnT unregisterConsumer(BryOamSpiEventConsumerHandleT handle, BryOa
     return BRY_OK;
 }
 
-bool frameworkNotify(const char* pattern, BryOamSpiCmEvent_Event_1* event) {
-    BryOamSpiCmEvent_Event_1* events[] = {event, NULL};
-    BryOamSpiCmEvent_Notification_1T notification = {{0}, events};
+bool frameworkDeliver(const char* pattern, BryOamSpiCmEvent_Notification_1T* notification) {
     for (unsigned int place = 0; place < MOST_CONSUMERS; ++place) {
         struct Consumer* consumer = &consumers[place];
         if (consumer->record != NULL && consumer->filter != NULL &&
             strcmp(consumer->filter[0]->value, pattern) == 0) {
-            return consumer->record->notify(place + 1, consumer->eventType, consumer->filter, &notification) ==
-                   BRY_OK;
+            return consumer->record->notify(place + 1, consumer->eventType, consumer->filter, notification) == BRY_OK;
         }
     }
     return false;
+}
+
+bool frameworkNotify(const char* pattern, BryOamSpiCmEvent_Event_1* event) {
+    BryOamSpiCmEvent_Event_1* events[] = {event, NULL};
+    BryOamSpiCmEvent_Notification_1T notification = {{0}, events};
+    return frameworkDeliver(pattern, &notification);
 }
 
 /* Portals */

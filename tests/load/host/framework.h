@@ -7,6 +7,10 @@
 #include "BryMgmtSpiComponent_2.h"
 #include "BryOamSpiCmEvent_Notification_1.h"
 
+#ifdef __cplusplus
+extern "C" {
+#endif
+
 /*
  * The smallest framework that a component can live in: one component, one thread, and a model of a few MOs.
  */
@@ -31,6 +35,7 @@ struct Held {
 
 extern struct Seen frameworkSeen;
 extern struct Held frameworkHeld;
+extern int frameworkLogLevel; /* 15, all records, until somebody sets it */
 
 /* Sets up libtul_common with this framework and a folder of scripts. */
 BryReturnT frameworkAttach(const char* scriptFolder);
@@ -42,5 +47,12 @@ void frameworkForget(void);
 
 /* Hands an event to the consumer that subscribed with this pattern. False: there is none. */
 bool frameworkNotify(const char* pattern, BryOamSpiCmEvent_Event_1* event);
+
+/* The same with a whole notification. */
+bool frameworkDeliver(const char* pattern, BryOamSpiCmEvent_Notification_1T* notification);
+
+#ifdef __cplusplus
+}
+#endif
 
 #endif

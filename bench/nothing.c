@@ -1,0 +1,2 @@
+/* Nothing: what it links is the point. */
+typedef int nothing;
