@@ -91,6 +91,28 @@ one_listener_each() { [ "$(processes_of "$state" | wc -l)" -eq "$1" ]; }
     done
 }
 
+# The listener is stopped meanwhile, so that the run is caught while it waits for it.
+@test "killed while one door moves, the other door keeps the settings that were made before" {
+    given clissh unlock port "$port"
+    given netconfssh unlock port "$third_port"
+    given ssh --ciphers aes128-ctr
+    local listener
+    listener=$(door_pid clissh)
+    kill -STOP "$listener"
+    # shellcheck disable=SC2086
+    setsid env -i PATH=/usr/bin:/bin ${VORMA_SHELL:-sh} "$scripts/vorma" clissh unlock port "$other_port" </dev/null >/dev/null 2>&1 3>&- &
+    local group=$!
+    wait_until [ -e "$state/new/state" ]
+    kill -KILL -- "-$group"
+    kill -CONT "$listener"
+    wait "$group" || true
+    given clissh unlock port "$port"
+    [ "$(effective clissh ciphers)" = aes128-ctr ]
+    [ "$(effective netconfssh ciphers)" = aes128-ctr ]
+    greets "$port"
+    greets "$third_port"
+}
+
 @test "killed at any moment of a batch, both doors have the old settings or both the new ones" {
     given clissh unlock port "$port"
     given netconfssh unlock port "$other_port"
