@@ -91,9 +91,11 @@ struct stat statusOf(const std::filesystem::path& file) {
 void Door::awaitRefusal(pid_t listener) const {
     // Its end is waited for first: each connection that it still took would cost it, and us, a process.
     const int process = pidfd_open(listener, 0);
-    pollfd watched{process, POLLIN, 0};
-    poll(&watched, process < 0 ? 0 : 1, static_cast<int>(longest.count()));
-    close(process);
+    if (process >= 0) {
+        pollfd watched{process, POLLIN, 0};
+        poll(&watched, 1, static_cast<int>(longest.count()));
+        close(process);
+    }
     awaitThat("a port refuses", [this] { return !Connection(_port).isOpen(); });
 }
 

@@ -33,7 +33,6 @@ constexpr int wordsOfPlace = 3;
 /** Before each measured step: what was done before it leaves dying processes behind, which nobody can wait for. */
 constexpr std::chrono::milliseconds calm(5);
 
-
 /** A private place with its two doors, and a script that does nothing. */
 struct Place {
     Place(char** words, const std::string& pidFolder)

@@ -25,7 +25,7 @@ namespace TulNode {
  * A consumer gets the commits in their order, and for each of its subscriptions that matches one call with the
  * matching changes; a subscription sees what is published after it was added. No lock is held during a call. What
  * waits is shared between the consumers, so a slow one costs a pointer per commit that concerns it, and holds up
- * nobody.
+ * nobody. Whom a commit concerns is found out within publish(): what patterns take is the publisher's time.
  *
  * Any thread, also from inside a callback; the exceptions are named. Refusals carry the codes of
  * TulOamSpiEventRouter_1.h.
