@@ -3,6 +3,7 @@
 
 #include <benchmark/benchmark.h>
 
+#include <map>
 #include <memory>
 #include <semaphore>
 #include <string>
@@ -93,9 +94,6 @@ void commit(benchmark::State& state) {
     for ([[maybe_unused]] auto _ : state) {
         node->changeOne();
     }
-    state.counters["perSubscriber"] =
-        benchmark::Counter(static_cast<double>(state.range(1)),
-                           benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
 }
 BENCHMARK(commit)
     ->Args({100, 1, 0})
