@@ -1,7 +1,13 @@
 # Where the SPI headers and libtul_common come from: a platform SDK, or the development edition in this tree.
-# An SDK has the headers in include/ and the library in lib/.
+# An SDK has the headers in include/ and the library in lib/, or is the development edition installed elsewhere.
 set(TUL_PLATFORM_SDK "" CACHE PATH "Folder of a platform SDK; empty: build the development edition")
 if(TUL_PLATFORM_SDK)
+  find_package(tul-platform CONFIG PATHS ${TUL_PLATFORM_SDK} NO_DEFAULT_PATH QUIET)
+endif()
+if(tul-platform_FOUND)
+  add_library(tul_spi ALIAS tul::tul_spi)
+  add_library(tul_common ALIAS tul::tul_common)
+elseif(TUL_PLATFORM_SDK)
   add_library(tul_spi INTERFACE)
   target_include_directories(tul_spi SYSTEM INTERFACE ${TUL_PLATFORM_SDK}/include)
   find_library(TUL_COMMON_LIBRARY tul_common PATHS ${TUL_PLATFORM_SDK}/lib NO_DEFAULT_PATH REQUIRED)
