@@ -1,6 +1,7 @@
 #include <csignal>
 
 #include "ComponentTest.h"
+#include "Emulation.h"
 
 namespace {
 
@@ -371,7 +372,7 @@ TEST_F(StartDeathTest, EndsTheProcessWithoutAMessageWhenTheConsumersWereNeverSto
     library.terminate();
     ASSERT_EQ(BRY_OK, library.init(configuration(true)));
     forget();
-    EXPECT_EXIT((sayLastWords(framework), library.start()), KilledBySignal(SIGABRT), "^$");
+    EXPECT_EXIT((sayLastWords(framework), library.start()), KilledBySignal(SIGABRT), lastWords(""));
 }
 
 }  // namespace

@@ -12,7 +12,7 @@ extern "C" {
 struct Process {
     int descriptors;
     int threads;
-    long residentKib; /* without what files back, which the kernel may load and drop as it likes */
+    long residentKib; /* without what files back, which the kernel may load and drop as it likes; 0 under qemu */
     size_t heapBytes; /* what malloc has given out, unless a sanitizer does its work */
 };
 
