@@ -1,4 +1,6 @@
-// A library as it comes about when nobody looks: what it shows is what the component must not.
+// A library as it comes about when nobody looks: what it shows and needs is what the component must not.
+
+extern "C" void tulCommonDetach();
 
 inline int& counter() {
     static int count = 0;
@@ -6,6 +8,7 @@ inline int& counter() {
 }
 
 extern "C" int use() {
+    tulCommonDetach();
     return ++counter();
 }
 
