@@ -1,5 +1,7 @@
 // A library as it comes about when nobody looks: what it shows and needs is what the component must not.
 
+#include <cstring>
+
 extern "C" void tulCommonDetach();
 
 inline int& counter() {
@@ -7,9 +9,11 @@ inline int& counter() {
     return count;
 }
 
-extern "C" int use() {
+extern "C" int use(const char* text) {
+    char copy[16];
+    std::strcpy(copy, text);
     tulCommonDetach();
-    return ++counter();
+    return copy[0] + ++counter();
 }
 
 // An address in the text: it can only be filled in by writing there when the library is loaded.
