@@ -1,5 +1,6 @@
 #include "ComponentConfiguration.h"
 
+#include "Defaults.h"
 #include "Refusal.h"
 #include "Text.h"
 
@@ -21,7 +22,27 @@ bool isAllowed(const ComponentConfiguration::Setting& setting, const std::string
     return number && *number >= setting.minimum && *number <= setting.maximum;
 }
 
+std::string byDefault(const std::string& name) {
+    const std::string_view text = defaultConfiguration;
+    const std::string tag = "<" + name + ">";
+    const std::size_t begin = text.find(tag) + tag.size();
+    return std::string(text.substr(begin, text.find('<', begin) - begin));
+}
+
 }  // namespace
+
+std::vector<ComponentConfiguration::Setting> ComponentConfiguration::builtIn() {
+    std::vector<Setting> settings = {
+        {"sshdManagement", "", 0, 0},
+        {"cliPort", "", 1, 65535},
+        {"netconfPort", "", 1, 65535},
+        {"renegotiationTime", "", 0, 2147483647},  // sshd takes no more
+    };
+    for (Setting& setting : settings) {
+        setting.value = byDefault(setting.name);
+    }
+    return settings;
+}
 
 void ComponentConfiguration::set(const std::string& name, const std::string& value) {
     if (_fileText) {

@@ -36,12 +36,9 @@ public:
     const std::vector<Setting>& settings() const { return _settings; }
 
 private:
-    std::vector<Setting> _settings = {
-        {"sshdManagement", "true", 0, 0},
-        {"cliPort", "2022", 1, 65535},
-        {"netconfPort", "2830", 1, 65535},
-        {"renegotiationTime", "3600", 0, 2147483647},  // sshd takes no more
-    };
+    static std::vector<Setting> builtIn();
+
+    std::vector<Setting> _settings = builtIn();
     std::vector<Setting> _defaults = _settings;
     std::optional<std::string> _fileText;
     std::string _file;

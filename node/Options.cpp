@@ -14,7 +14,9 @@ Options::Options() {
     _parser.name("tul-node");
     _parser.set_version_flag("--version", "tul-node " TUL_NODE_VERSION);
     _parser.option_defaults()->multi_option_policy(CLI::MultiOptionPolicy::Throw);
-    _parser.add_option("--component", componentFile, "The component's library; default: ../lib beside the program")
+    _parser
+        .add_option("--component", componentFile,
+                    "The component's library; default: ../lib beside the program, else the installed one")
         ->option_text("FILE");
     _parser.add_option("--script-dir", scriptDirectory, "Where the adapter script is; default: the installed folder")
         ->option_text("DIR")

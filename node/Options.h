@@ -21,7 +21,7 @@ public:
 
     std::string help() const { return _parser.help(); }
 
-    std::string componentFile; /**< empty: the one beside the program */
+    std::string componentFile; /**< empty: the one beside the program, or the installed one */
     std::string configurationFile;
     std::string modelFile;
     std::string stateFile;

@@ -71,13 +71,15 @@ bool isInterrupted() {
 
 // --- the node --------------------------------------------------------------------------------------------------
 
-std::string componentBesideProgram() {
+/** In a build folder the one that was built with the program, else the installed one. */
+std::string defaultComponent() {
     const auto program = std::filesystem::read_symlink("/proc/self/exe");
-    return program.parent_path().parent_path() / "lib" / "libtul_sshd_manager.so";
+    const auto built = program.parent_path().parent_path() / "lib" / "libtul_sshd_manager.so";
+    return std::filesystem::exists(built) ? built.string() : TUL_INSTALLED_COMPONENT;
 }
 
 Node::Settings settingsFrom(const Options& options) {
-    return {options.stateFile, options.componentFile.empty() ? componentBesideProgram() : options.componentFile,
+    return {options.stateFile, options.componentFile.empty() ? defaultComponent() : options.componentFile,
             options.scriptDirectory};
 }
 

@@ -84,5 +84,18 @@ TEST(DocumentOfTheModel, ShowsTheBuiltInModel) {
     EXPECT_THAT(document("model.md"), HasSubstr(defaultModel));
 }
 
+TEST(DocumentOfTheConfiguration, ShowsTheBuiltInConfiguration) {
+    EXPECT_THAT(document("configuration.md"), HasSubstr(defaultConfiguration));
+}
+
+// The built-in values are read from the text in the simplest way; this is what proves that it is enough.
+TEST(BuiltInConfiguration, IsTheInstalledFile) {
+    EXPECT_EQ(ComponentConfiguration().xml(), readFile(TUL_DEFAULTS "/configuration.xml"));
+}
+
+TEST(BuiltInModel, IsTheInstalledFile) {
+    EXPECT_EQ(defaultModel, readFile(TUL_DEFAULTS "/model.txt"));
+}
+
 }  // namespace
 }  // namespace TulNode
