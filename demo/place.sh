@@ -1,7 +1,7 @@
 # shellcheck shell=bash
 # A private place for one run: folders, keys, sshd's own configuration, the adapter's settings, free ports.
-# Sourced, with the top of the tree in `top`. make_place sets: place (its folder), cli_port, netconf_port; once more,
-# and it makes another one.
+# Sourced, with the adapter in `adapter` and the folder to make it in in `places`. make_place sets: place (its folder),
+# cli_port, netconf_port; once more, and it makes another one.
 # remove_place takes all of it away again.
 
 port_answers() {
@@ -56,16 +56,19 @@ CONFIG
 }
 
 make_place() {
+    # A daemon that is run by root wants this folder; its service would make it.
+    [ "$(id -u)" != 0 ] || [ -d /run/sshd ] || mkdir -m 0755 /run/sshd
     # shellcheck disable=SC2154 # set by those who source this
-    mkdir -p "$top/build"
-    place=$(mktemp -d "$top/build/run.XXXXXX")
+    mkdir -p "$places"
+    place=$(mktemp -d "$places/tul-run.XXXXXX")
     mkdir -m 0700 "$place/ssh" "$place/scripts" "$place/sshd"
     ssh-keygen -q -t ed25519 -N '' -f "$place/ssh/host_key"
     ssh-keygen -q -t ed25519 -N '' -f "$place/ssh/client_key"
     cp "$place/ssh/client_key.pub" "$place/ssh/authorized_keys"
     write_sshd_config
     write_client_config
-    ln -s "$top/adapter/vorma" "$place/scripts/vorma"
+    # shellcheck disable=SC2154
+    ln -s "$adapter" "$place/scripts/vorma"
     write_adapter_settings 1.8.0
     cli_port=$(free_port $((${netconf_port:-$((19999 + $$ * 2 % 10000))} + 1)))
     # shellcheck disable=SC2034 # read by those who source this
@@ -74,7 +77,7 @@ make_place() {
 
 remove_place() {
     [ -n "${place:-}" ] || return 0
-    ln -sfn "$top/adapter/vorma" "$place/scripts/vorma"
+    ln -sfn "$adapter" "$place/scripts/vorma"
     for door in clissh netconfssh; do
         "$place/scripts/vorma" "$door" lock > /dev/null 2>> "$place/cleanup.log" || cat "$place/cleanup.log" >&2
     done
