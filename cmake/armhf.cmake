@@ -5,6 +5,8 @@ set(CMAKE_SYSTEM_PROCESSOR armv7l)
 set(CMAKE_LIBRARY_ARCHITECTURE arm-linux-gnueabihf)
 set(CMAKE_C_COMPILER arm-linux-gnueabihf-gcc)
 set(CMAKE_CXX_COMPILER arm-linux-gnueabihf-g++)
+# Nothing here meets code of g++ 6, whose passing of arguments is remarked upon without this.
+set(CMAKE_CXX_FLAGS_INIT -Wno-psabi)
 get_filename_component(CMAKE_SYSROOT ${CMAKE_CURRENT_LIST_DIR}/../build/sysroot-armhf REALPATH)
 if(NOT EXISTS ${CMAKE_SYSROOT}/.complete)
   message(FATAL_ERROR "There is no sysroot in ${CMAKE_SYSROOT}; packaging/make-sysroot armhf build/sysroot-armhf makes it")
