@@ -61,6 +61,7 @@ bool ChildProcess::kill() {
     const bool ours = !_done && wait(info, WEXITED | WNOHANG | WNOWAIT) == 0;
     if (ours) {
         ::kill(-_pid, SIGKILL);
+        ::kill(_pid, SIGKILL);  // it may have moved to another group
         awaitDeath();
         reap();
     }

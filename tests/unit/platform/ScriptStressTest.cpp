@@ -3,7 +3,6 @@
 #include <thread>
 #include <vector>
 
-#include "Emulation.h"
 #include "ScriptHost.h"
 
 namespace TulTest {
@@ -32,9 +31,6 @@ TEST(ScriptStress, SixteenThreadsGetEachTheirOwnOutput) {
 }
 
 TEST(ScriptStress, SixteenThreadsReachTheirTimeLimitsTogether) {
-    if (isEmulated()) {
-        GTEST_SKIP() << "the emulator's posix_spawn returns before the child leads its group, which a limit may meet";
-    }
     const ScriptHost host;
     host.write("script", "sleep 60 | cat");
     inThreads(16, [&](int) {

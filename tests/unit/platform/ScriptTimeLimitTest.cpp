@@ -112,6 +112,18 @@ TEST(ScriptTimeLimit, IsHonouredWhenAProcessThatLeftTheGroupHoldsThePipes) {
     kill(awaitPid(pidFile), SIGKILL);
 }
 
+/** The leak check after the test finds it otherwise. */
+TEST(ScriptTimeLimit, EndsAScriptThatHasLeftItsGroup) {
+    const ScriptHost host;
+    const std::filesystem::path pidFile = host.directory() / "pid";
+    host.write("script",
+               "exec perl -e 'setpgrp(0, getpgrp(getppid())); system(\"echo $$ >$ARGV[0]\"); sleep 60' \"$1\"");
+    for (int limit = 250; !readPid(pidFile) && limit < ample; limit *= 2) {
+        EXPECT_THAT(host.invoke("script", {pidFile.string()}, limit).text, HasSubstr(killedAfter(limit)));
+    }
+    EXPECT_TRUE(readPid(pidFile)) << "it never came to leave its group";
+}
+
 TEST(ScriptTimeLimit, EndsTheMessageWithStderr) {
     const Outcome outcome = ScriptHost().run("echo waiting for sshd >&2; sleep 60", 1000);
     EXPECT_THAT(outcome.text, testing::EndsWith(killedAfter(1000) + ": waiting for sshd"));
