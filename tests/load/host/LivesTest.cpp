@@ -7,6 +7,7 @@
 
 #include "ChildProgram.h"
 #include "ComponentLibrary.h"
+#include "Emulation.h"
 #include "Sanitizers.h"
 #include "TemporaryDirectory.h"
 
@@ -16,6 +17,14 @@ using namespace TulTest;
 using testing::HasSubstr;
 
 constexpr int fewLives = 50;
+
+/** Emulated, a life takes many times as long. */
+int manyLives() {
+    return isEmulated() ? 200 : 1000;
+}
+
+/** Why thousands of scripts are not started from the development node there, which has threads that come and go. */
+constexpr const char* hangs = "the emulator's fork hangs now and then in a process that also ends threads";
 
 /** Lives of a library in one of the two hosts, with an adapter that says yes to everything. */
 Outcome livesIn(const std::string& host, const std::string& library, int lives) {
@@ -36,16 +45,19 @@ Outcome livesInNode(const std::string& library, int lives) {
 
 void expectInOrder(const Outcome& outcome) {
     EXPECT_EQ(0, outcome.code);
-    EXPECT_THAT(outcome.output, HasSubstr("1000 lives"));
+    EXPECT_THAT(outcome.output, HasSubstr(std::to_string(manyLives()) + " lives"));
     std::cout << outcome.output;
 }
 
-TEST(ForeignHost, FindsAThousandLivesOfTheComponentInOrder) {
-    expectInOrder(livesInForeignHost(ComponentLibrary::path(), 1000));
+TEST(ForeignHost, FindsManyLivesOfTheComponentInOrder) {
+    expectInOrder(livesInForeignHost(ComponentLibrary::path(), manyLives()));
 }
 
-TEST(DevelopmentNode, FindsAThousandLivesOfTheComponentInOrder) {
-    expectInOrder(livesInNode(ComponentLibrary::path(), 1000));
+TEST(DevelopmentNode, FindsManyLivesOfTheComponentInOrder) {
+    if (isEmulated()) {
+        GTEST_SKIP() << hangs;
+    }
+    expectInOrder(livesInNode(ComponentLibrary::path(), manyLives()));
 }
 
 // The real component with one thing spoiled each time
@@ -80,6 +92,9 @@ TEST_P(SpoiledLives, AreNamedByTheForeignHost) {
 }
 
 TEST_P(SpoiledLives, AreNamedByTheDevelopmentNode) {
+    if (isEmulated()) {
+        GTEST_SKIP() << hangs;
+    }
     expectFault(livesInNode(library(), fewLives), GetParam().faultInNode);
 }
 
@@ -112,6 +127,9 @@ TEST(ForeignHost, FindsNoFaultInALibraryThatPassesEverythingOn) {
 }
 
 TEST(DevelopmentNode, FindsNoFaultInALibraryThatPassesEverythingOn) {
+    if (isEmulated()) {
+        GTEST_SKIP() << hangs;
+    }
     EXPECT_EQ(0, livesInNode(TUL_ZOO_DIRECTORY "/nothing.so", fewLives).code);
 }
 
