@@ -90,4 +90,5 @@ set(CPACK_DEBIAN_COMPRESSION_TYPE xz)
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "") # else it would stand above each package's own
 set(CPACK_PACKAGE_VENDOR "The libtul_sshd_manager authors")
 set(CPACK_STRIP_FILES ON)
+set(CPACK_POST_BUILD_SCRIPTS ${PROJECT_SOURCE_DIR}/cmake/Sbom.cmake)
 include(CPack)
