@@ -2,11 +2,11 @@
 #define BRY_LAYOUT_H
 
 /*
- * Compile-time proof of record layouts.
+ * Compile-time proof of layouts and numbers.
  *
- * Both sides of the SPI are built apart from each other, so the place of every field is part of the
- * contract. Each record proves its own: the first number is the one of the 32-bit ARM node, the second
- * what natural alignment makes of the same fields on a 64-bit host.
+ * Both sides of the SPI are built apart from each other, so the place of every field, the width of every type
+ * and the numbers that are passed are part of the contract. Each header proves its own: the first number is the
+ * one of the 32-bit ARM node, the second what natural alignment makes of the same fields on a 64-bit host.
  */
 
 #include <stddef.h>
@@ -23,6 +23,8 @@
 #define BRY_LAYOUT_OFFSET(record, field, on32, on64) \
     BRY_LAYOUT_IS(offsetof(record, field), on32, on64, #record "." #field " is out of place")
 
-#define BRY_LAYOUT_SIZE(record, on32, on64) BRY_LAYOUT_IS(sizeof(record), on32, on64, #record " has the wrong size")
+#define BRY_LAYOUT_SIZE(type, on32, on64) BRY_LAYOUT_IS(sizeof(type), on32, on64, #type " has the wrong size")
+
+#define BRY_LAYOUT_NUMBER(name, number) BRY_STATIC_ASSERT((name) == (number), #name " is another number")
 
 #endif

@@ -32,6 +32,11 @@ enum
     ATTRIBUTES_CHANGED = 3 /* attributes: those that have another value now */
 };
 
+BRY_LAYOUT_SIZE(CmEventType, 4, 4);
+BRY_LAYOUT_NUMBER(CREATED, 1);
+BRY_LAYOUT_NUMBER(DELETED, 2);
+BRY_LAYOUT_NUMBER(ATTRIBUTES_CHANGED, 3);
+
 typedef struct BryOamSpiCmEvent_Attribute_1 {
     const char* name;
     TulOamSpiMoAttributeType_3 type;

@@ -10,7 +10,11 @@
 
 #include <stdint.h>
 
+#include "BryLayout.h"
+
 typedef int32_t BryReturnT;
+
+BRY_LAYOUT_SIZE(BryReturnT, 4, 4);
 
 enum {
     BRY_OK = 0,
@@ -37,6 +41,8 @@ enum {
  * with it.
  */
 typedef int32_t BryStateChangeReason;
+
+BRY_LAYOUT_SIZE(BryStateChangeReason, 4, 4);
 
 enum {
     BRY_REASON_NORMAL = 0,   /* start-up or shutdown of the node */

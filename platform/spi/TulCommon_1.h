@@ -29,6 +29,12 @@ typedef struct TulCommonScriptRun_1 {
     uint32_t milliseconds;        /* from start to end, by the monotonic clock */
 } TulCommonScriptRun_1;
 
+BRY_LAYOUT_OFFSET(TulCommonScriptRun_1, scriptName, 0, 0);
+BRY_LAYOUT_OFFSET(TulCommonScriptRun_1, arguments, 4, 8);
+BRY_LAYOUT_OFFSET(TulCommonScriptRun_1, failure, 8, 16);
+BRY_LAYOUT_OFFSET(TulCommonScriptRun_1, milliseconds, 12, 24);
+BRY_LAYOUT_SIZE(TulCommonScriptRun_1, 16, 32);
+
 typedef struct TulCommonSettings_1 {
     const BryMgmtSpiPortalAccessor* portalAccessor; /* outlives the attachment; not null */
     const char* scriptDirectory;                    /* copied; null: the installed default */
@@ -36,6 +42,11 @@ typedef struct TulCommonSettings_1 {
     /* Called after each run on the thread that made it; null: nobody wants to know. It must not throw. */
     void (*scriptRan)(const TulCommonScriptRun_1* run);
 } TulCommonSettings_1;
+
+BRY_LAYOUT_OFFSET(TulCommonSettings_1, portalAccessor, 0, 0);
+BRY_LAYOUT_OFFSET(TulCommonSettings_1, scriptDirectory, 4, 8);
+BRY_LAYOUT_OFFSET(TulCommonSettings_1, scriptRan, 8, 16);
+BRY_LAYOUT_SIZE(TulCommonSettings_1, 12, 24);
 
 /* 0; BRY_INVALID_ARGUMENT for null settings or accessor; BRY_ALREADY_EXISTS when attached. */
 BryReturnT tulCommonAttach(const TulCommonSettings_1* settings);

@@ -38,6 +38,9 @@ enum
     TUL_MO_TYPE_ENUMERATION_3 = 12
 };
 
+BRY_LAYOUT_SIZE(TulOamSpiMoAttributeType_3, 4, 4);
+BRY_LAYOUT_NUMBER(TUL_MO_TYPE_ENUMERATION_3, 12);
+
 typedef union TulMoAttributeValue_3 {
     int64_t asInt64;      /* all signed integers, widened */
     uint64_t asUint64;    /* all unsigned integers and booleans, widened */

@@ -32,6 +32,8 @@ BRY_LAYOUT_SIZE(BryNameValuePair, 8, 16);
 /* Names a registered consumer. Never 0 for a live one; never used again after unregisterConsumer. */
 typedef unsigned long BryOamSpiEventConsumerHandleT;
 
+BRY_LAYOUT_SIZE(BryOamSpiEventConsumerHandleT, 4, 8);
+
 /*
  * A consumer. It stays at its address, unchanged, while it is registered: the router keeps the pointer.
  *

@@ -22,13 +22,20 @@
 /* Names an open transaction. 0 names none: a read with it sees what is committed. */
 typedef unsigned long TulOamSpiTransactionHandleT;
 
+BRY_LAYOUT_SIZE(TulOamSpiTransactionHandleT, 4, 8);
+
 /* What happens when two transactions change the same MO. Either way nobody waits for anybody. */
 typedef int32_t TulLockPolicyT;
+
+BRY_LAYOUT_SIZE(TulLockPolicyT, 4, 4);
 
 enum {
     TUL_LOCK_POLICY_SHARED = 1,   /* the changes are merged attribute by attribute; the last commit wins */
     TUL_LOCK_POLICY_EXCLUSIVE = 2 /* commit gives BRY_CONFLICT if a touched MO was changed meanwhile */
 };
+
+BRY_LAYOUT_NUMBER(TUL_LOCK_POLICY_SHARED, 1);
+BRY_LAYOUT_NUMBER(TUL_LOCK_POLICY_EXCLUSIVE, 2);
 
 typedef struct TulOamSpiTransactionMaster_1 {
     BryMgmtSpiInterface_1 header;
