@@ -110,7 +110,7 @@ TEST(CmNotificationHeader, MisreadsEachFieldThatIsAByteOrAWordOff) {
         {"attributes", &Offsets::attributes}, {"name", &Offsets::attributeName}, {"type", &Offsets::attributeType},
         {"nrOfValues", &Offsets::nrOfValues}, {"values", &Offsets::values},      {"value", &Offsets::value},
         {"next value", &Offsets::nextValue}};
-    for (const std::size_t distance : {1, 4}) {
+    for (const std::size_t distance : {1U, 4U}) {
         for (const auto& [name, field] : fields) {
             Offsets moved = offsets;
             moved.*field += distance;
