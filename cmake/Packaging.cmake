@@ -54,6 +54,7 @@ the development edition, with a CMake package and a pkg-config file.")
 set(CPACK_DEBIAN_PLATFORM_PACKAGE_SECTION libdevel)
 set(CPACK_DEBIAN_PLATFORM_PACKAGE_DEPENDS "libpoco-dev")
 set(CPACK_DEBIAN_PLATFORM_PACKAGE_PROVIDES "libtul-common1 (= ${PROJECT_VERSION})")
+set(CPACK_DEBIAN_PLATFORM_PACKAGE_CONFLICTS "libtul-common1") # that of a real platform has the same files
 set(shlibs ${PROJECT_BINARY_DIR}/packaging/platform/shlibs)
 set(triggers ${PROJECT_BINARY_DIR}/packaging/platform/triggers)
 file(WRITE ${shlibs} "libtul_common ${PROJECT_VERSION_MAJOR} libtul-common1\n")
