@@ -12,6 +12,15 @@ class Deadline {
 public:
     explicit Deadline(std::chrono::milliseconds fromNow) : _at(std::chrono::steady_clock::now() + fromNow) {}
 
+    /** So long from now, but not beyond this one. */
+    Deadline within(std::chrono::milliseconds fromNow) const {
+        Deadline other(fromNow);
+        other._at = std::min(_at, other._at);
+        return other;
+    }
+
+    bool hasPassed() const { return milliseconds() == 0; }
+
     /** What is left, as poll() takes it: 0 only when the moment has come. */
     int milliseconds() const {
         const auto left = std::chrono::ceil<std::chrono::milliseconds>(_at - std::chrono::steady_clock::now());

@@ -23,7 +23,7 @@ public:
     Attributes() { check(posix_spawnattr_init(&_attributes)); }
     ~Attributes() { posix_spawnattr_destroy(&_attributes); }
 
-    void startAfresh() {
+    void startAfresh(Place place) {
         sigset_t none;
         sigemptyset(&none);
         // Not sigfillset: it leaves out the two signals of the threads' library, which the child would get ignored.
@@ -32,8 +32,8 @@ public:
         check(posix_spawnattr_setsigmask(&_attributes, &none));
         check(posix_spawnattr_setsigdefault(&_attributes, &all));
         check(posix_spawnattr_setpgroup(&_attributes, 0));
-        check(posix_spawnattr_setflags(&_attributes,
-                                       POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETPGROUP));
+        check(posix_spawnattr_setflags(
+            &_attributes, static_cast<short>(POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF | flagOf(place))));
     }
 
     const posix_spawnattr_t* get() const { return &_attributes; }
@@ -42,6 +42,18 @@ public:
     Attributes& operator=(const Attributes&) = delete;
 
 private:
+    static int flagOf(Place place) {
+        switch (place) {
+            case Place::OwnGroup:
+                return POSIX_SPAWN_SETPGROUP;
+            case Place::OwnSession:
+                return POSIX_SPAWN_SETSID;
+            case Place::Within:
+                break;
+        }
+        return 0;
+    }
+
     posix_spawnattr_t _attributes;
 };
 
@@ -72,12 +84,12 @@ private:
 
 }  // namespace
 
-pid_t spawn(char* const* argv, int in, int out, int err) {
+pid_t spawn(char* const* argv, int in, int out, int err, Place place) {
     static char path[] = "PATH=/usr/local/sbin:/usr/local/bin:/usr/sbin:/usr/bin:/sbin:/bin";
     static char* const environment[] = {path, nullptr};
 
     Attributes attributes;
-    attributes.startAfresh();
+    attributes.startAfresh(place);
     FileActions actions;
     actions.redirect(in, STDIN_FILENO);
     actions.redirect(out, STDOUT_FILENO);
