@@ -7,6 +7,6 @@ top=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 node=${1:?the build folder}/bin/tul-node
 component=$1/lib/libtul_sshd_manager.so
 gate=$1/bin/dscp-gate
-adapter=$top/adapter/vorma
+adapter=$1/bin/vorma
 places=$top/build # the folder of the private places
 shift

@@ -127,7 +127,7 @@ expect_setting_refused() { # LINE WORDS
 }
 
 @test "the example of the settings file is taken, with each of its lines in force, and leaves no setting out" {
-    vorma_example=${ADAPTER_SOURCE%/*}/vorma.conf.example
+    vorma_example=${TOP}/adapter/vorma.conf.example
     for edit in '' 's/^#\([A-Z_]*=\)/\1/'; do
         sed "$edit" "$vorma_example" >"$scripts/vorma.conf"
         vorma spi-revision
@@ -164,18 +164,48 @@ expect_setting_refused() { # LINE WORDS
     add_setting "CLISSH_CONFIG=$BATS_TEST_TMPDIR/absent"
     vorma clissh unlock port "$port"
     expect_refused $SETTINGS "$BATS_TEST_TMPDIR/absent cannot be read"
-    set_settings "STATE_DIR=$state" SSHD=/usr/sbin/absent
+    set_settings "STATE_DIR=$state" "BASE_CONFIG=$base" SSHD=/usr/sbin/absent
     vorma clissh unlock port "$port"
     expect_refused $SETTINGS 'SSHD=/usr/sbin/absent cannot be run'
 }
 
 @test "the settings beside the link by which the adapter was called count" {
     mkdir "$BATS_TEST_TMPDIR/elsewhere"
-    ln -s "$ADAPTER_SOURCE" "$BATS_TEST_TMPDIR/elsewhere/vorma"
-    printf '%s\n' "STATE_DIR=$state" SPI_REVISION=1.2.3 >"$BATS_TEST_TMPDIR/elsewhere/vorma.conf"
+    ln -s "$ADAPTER" "$BATS_TEST_TMPDIR/elsewhere/vorma"
+    printf '%s\n' "STATE_DIR=$state" "BASE_CONFIG=$base" SPI_REVISION=1.2.3 >"$BATS_TEST_TMPDIR/elsewhere/vorma.conf"
     run "$BATS_TEST_TMPDIR/elsewhere/vorma" spi-revision
     [ "$output" = 1.2.3 ]
     cd "$BATS_TEST_TMPDIR/elsewhere"
-    run sh vorma spi-revision
+    run ./vorma spi-revision
     [ "$output" = 1.2.3 ]
+}
+
+# An empty part of PATH is the folder in which the caller happens to be: whose settings would that be?
+@test "called by a name without a path it refuses" {
+    cd "$scripts"
+    run --separate-stderr env PATH=: vorma spi-revision
+    expect_refused $SETTINGS 'without a path'
+}
+
+@test "a settings file or a base file that others may write is refused by name" {
+    for file in "$scripts/vorma.conf" "$base"; do
+        for mode in 664 646; do
+            chmod $mode "$file"
+            vorma clissh unlock port "$port"
+            expect_refused $SETTINGS "$file may be written by others"
+        done
+        chmod 644 "$file"
+    done
+    chmod 777 "$scripts"
+    vorma clissh unlock port "$port"
+    expect_refused $SETTINGS "$scripts may be written by others"
+    chmod 755 "$scripts"
+    [ ! -e "$state" ]
+}
+
+@test "BASE_CONFIG is required" {
+    set_settings "STATE_DIR=$state"
+    vorma clissh unlock port "$port"
+    expect_refused $SETTINGS 'BASE_CONFIG is not set'
+    [ ! -e "$state" ]
 }

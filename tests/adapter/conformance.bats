@@ -23,8 +23,7 @@ setup() {
     else
         set_stage
         user=$(id -un) key=$BATS_FILE_TMPDIR/client_key
-        # shellcheck disable=SC2206
-        call=(${VORMA_SHELL:-sh} "$scripts/vorma")
+        call=("$scripts/vorma")
     fi
     limit=30 run_it spi-revision
     IFS=. read -r major minor patch <<<"$output"

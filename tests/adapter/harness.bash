@@ -1,8 +1,9 @@
 # A private sshd on loopback for each test, and eyes that look at it from outside.
-# VORMA_SHELL picks the shell that runs the adapter: "dash", "busybox sh" or "bash"; "sh" when it is not set.
+# TUL_VORMA is the program; that of the preset "dev" when it is not set.
 
 bats_require_minimum_version 1.5.0
-ADAPTER_SOURCE=$(cd "$BATS_TEST_DIRNAME/../.." && pwd)/adapter/vorma
+TOP=$(cd "$BATS_TEST_DIRNAME/../.." && pwd)
+ADAPTER=${TUL_VORMA:-$TOP/build/dev/bin/vorma}
 SSHD=/usr/sbin/sshd
 export PATH=$PATH:/usr/sbin:/sbin LC_ALL=C
 
@@ -18,7 +19,7 @@ set_stage() {
     [ "$(id -u)" != 0 ] || [ -d /run/sshd ] || { echo "sshd of root needs the directory /run/sshd" >&2; return 1; }
     scripts=$BATS_TEST_TMPDIR/scripts state=$BATS_TEST_TMPDIR/state base=$BATS_TEST_TMPDIR/base_config
     mkdir "$scripts"
-    ln -s "$ADAPTER_SOURCE" "$scripts/vorma"
+    ln -s "$ADAPTER" "$scripts/vorma"
     cat >"$base" <<TEXT
 HostKey $BATS_FILE_TMPDIR/host_key
 AuthorizedKeysFile $BATS_FILE_TMPDIR/client_key.pub
@@ -59,8 +60,7 @@ no_process_of() { [ -z "$(processes_of "$1")" ]; }
 
 # As the node runs it: a minimal environment, nothing to read, a process group of its own.
 adapter() {
-    # shellcheck disable=SC2086  # "busybox sh" is two words
-    env -i PATH=/usr/bin:/bin setsid -w ${VORMA_SHELL:-sh} "$scripts/vorma" "$@" </dev/null
+    env -i PATH=/usr/bin:/bin setsid -w "$scripts/vorma" "$@" </dev/null
 }
 vorma() { run --separate-stderr adapter "$@"; }
 given() { adapter "$@" || { echo "given: vorma $* ended with $?" >&2; return 1; }; }
@@ -99,12 +99,11 @@ refuses() { # PORT [ADDRESS]
 }
 
 # Ten ports for each run of bats, below the range from which outgoing connections take theirs. Between the choice of a port and
-# its use another run could choose it too: each shell has 4000 of its own, in which runs at the same time scatter.
+# its use another run could choose it too: runs at the same time scatter.
 first_port() {
-    local shell sum
-    case ${VORMA_SHELL:-sh} in dash) shell=0 ;; bash) shell=1 ;; *) shell=2 ;; esac
+    local sum
     sum=$(cksum <<<"$BATS_RUN_TMPDIR")
-    next_port=$((20000 + shell * 4000 + ${sum%% *} % 400 * 10))
+    next_port=$((20000 + ${sum%% *} % 1200 * 10))
 }
 
 # Into a variable, since a subshell would forget what it gave.
@@ -133,7 +132,7 @@ effective() { # DOOR KEYWORD: what sshd itself reads in the door's file
 
 # Everything that must not move: files, and the processes behind the doors.
 fingerprint() {
-    stat -c '%n %i %y %a' "$state"/*.* "$state/state" | grep -v '\.good ' || true
+    stat -c '%n %i %y %a' "$state"/*.* "$state/state" | grep -v '\.failure ' || true
     for door in clissh netconfssh; do
         [ ! -e "$state/$door.pid" ] || echo "$door $(door_pid $door) $(start_time "$(door_pid $door)")"
     done
@@ -147,4 +146,15 @@ occupy() { # PORT
     "$SSHD" -D -f "$base" -o "Port $1" -o ListenAddress=127.0.0.1 -o "PidFile $BATS_TEST_TMPDIR/other.pid" </dev/null >/dev/null 2>&1 3>&- &
     other=$!
     wait_until greets "$1"
+}
+
+# An sshd that is the real one, but for what happens right after it was asked about the file of a door.
+spoil_after_question() { # DOOR COMMAND
+    cat >"$BATS_TEST_TMPDIR/sshd" <<TEXT
+#!/bin/sh
+case " \$* " in *" -T "*/new/$1.conf*) "$SSHD" "\$@"; result=\$?; $2; exit \$result ;; esac
+exec "$SSHD" "\$@"
+TEXT
+    chmod 755 "$BATS_TEST_TMPDIR/sshd"
+    add_setting "SSHD=$BATS_TEST_TMPDIR/sshd"
 }

@@ -29,17 +29,16 @@ kill_after() { # DELAY COMMAND...
 }
 
 run_and_kill_after() { # DELAY COMMAND...
-    # shellcheck disable=SC2086
-    kill_after "$1" env -i PATH=/usr/bin:/bin ${VORMA_SHELL:-sh} "$scripts/vorma" "${@:2}"
+    kill_after "$1" env -i PATH=/usr/bin:/bin "$scripts/vorma" "${@:2}"
 }
 
 # Whole or absent, and what sshd takes: there is no third.
 files_are_sound() {
     for door in clissh netconfssh; do
         [ ! -e "$state/$door.conf" ] || "$SSHD" -t -f "$state/$door.conf" || return
-        [ ! -e "$state/$door.conf" ] || [ "$(tail -n 1 "$state/$door.conf")" = '# end' ] || return
+        [ ! -e "$state/$door.conf" ] || [[ "$(tail -n 1 "$state/$door.conf")" == '# sum '* ]] || return
     done
-    [ ! -e "$state/state" ] || [ "$(tail -n 1 "$state/state")" = end ]
+    [ ! -e "$state/state" ] || [[ "$(tail -n 1 "$state/state")" == 'sum '* ]]
 }
 
 one_listener_each() { [ "$(processes_of "$state" | wc -l)" -eq "$1" ]; }
@@ -99,8 +98,7 @@ one_listener_each() { [ "$(processes_of "$state" | wc -l)" -eq "$1" ]; }
     local listener
     listener=$(door_pid clissh)
     kill -STOP "$listener"
-    # shellcheck disable=SC2086
-    setsid env -i PATH=/usr/bin:/bin ${VORMA_SHELL:-sh} "$scripts/vorma" clissh unlock port "$other_port" </dev/null >/dev/null 2>&1 3>&- &
+    setsid env -i PATH=/usr/bin:/bin "$scripts/vorma" clissh unlock port "$other_port" </dev/null >/dev/null 2>&1 3>&- &
     local group=$!
     wait_until [ -e "$state/new/state" ]
     kill -KILL -- "-$group"
@@ -150,8 +148,7 @@ for line in "Port $1" "Include $BASE" 'Ciphers aes256-ctr' 'MACs hmac-sha2-256' 
     echo "$line" | cat >>"$STATE/clissh.conf"
 done
 TEXT
-    # shellcheck disable=SC2206  # "busybox sh" is two words
-    writer=(env -i PATH=/usr/bin:/bin STATE="$state" BASE="$base" ${VORMA_SHELL:-sh} "$BATS_TEST_TMPDIR/in-place" "$port")
+    writer=(env -i PATH=/usr/bin:/bin STATE="$state" BASE="$base" sh "$BATS_TEST_TMPDIR/in-place" "$port")
     for again in {1..10}; do
         spread_kills setsid -w "${writer[@]}"
         for after in "${moments[@]}"; do

@@ -1,0 +1,162 @@
+#include "Restoring.h"
+
+#include <algorithm>
+
+#include "DoorFile.h"
+#include "Limits.h"
+#include "Sshd.h"
+
+namespace Vorma {
+
+namespace {
+
+using Tul::Deadline;
+
+/**
+ * The file that was in force for the door: the one that was kept, or the one in place, or else what the state makes
+ * of it. Only the last, when both others are damaged, needs room on the disk.
+ */
+class OldFile {
+public:
+    OldFile(const Store& store, const Configuration& configuration, const Door& door, const State& state)
+        : _store(store), _file(door.file()), _port(state.ports[door.index()].value()), _inPlace(door.text()) {
+        const auto kept = store.cutShortAt() ? store.replaced.read(_file) : std::nullopt;
+        if (isSound(kept)) {
+            _text = *kept;
+            _from = &store.replaced;
+        } else if (isSound(_inPlace)) {
+            _text = *_inPlace;
+            _from = &store.folder;
+        } else {
+            _text = DoorFile::render(door.index(), _port, state, configuration);
+            _from = &store.candidates;
+            sync(store.candidates.write(_file, _text), store.candidates.pathOf(_file));
+        }
+    }
+
+    std::string path() const { return _from->pathOf(_file); }
+    const std::string& text() const { return _text; }
+    int port() const { return _port; }
+
+    /** False when it was there already. The one that was kept stays: what is put back may be cut short, too. */
+    bool putInPlace() const {
+        if (_inPlace == _text) {
+            return false;
+        }
+        if (_from == &_store.replaced) {
+            _store.replaced.link(_file, _store.candidates, _file);
+        }
+        _store.candidates.rename(_file, _store.folder, _file);
+        return true;
+    }
+
+private:
+    bool isSound(const std::optional<std::string>& text) const { return text && DoorFile::portIn(*text) == _port; }
+
+    const Store& _store;
+    const std::string _file;
+    const int _port;
+    const std::optional<std::string> _inPlace;
+    std::string _text;
+    const Directory* _from = nullptr;
+};
+
+/** sshd ends itself when it is told to reload a file that it does not take. */
+std::vector<Endpoint> admitted(const Configuration& configuration, const OldFile& old, const Deadline& deadline) {
+    return Question(configuration.sshd, old.path(), old.port()).answer(deadline).endpoints();
+}
+
+std::vector<Endpoint> endpointsOf(const OldFile& old) {
+    std::vector<Endpoint> endpoints = DoorFile::endpointsIn(old.text());
+    std::erase_if(endpoints, [](const Endpoint& endpoint) { return !hasFamily(endpoint); });
+    return endpoints;
+}
+
+void restore(const Store& store, const Configuration& configuration, const Door& door, const State& state,
+             bool concerned, const Deadline& deadline) {
+    if (!state.ports[door.index()]) {
+        door.close({}, deadline);
+        return;
+    }
+    const OldFile old(store, configuration, door, state);
+    const std::vector<Endpoint> endpoints = admitted(configuration, old, deadline);
+    if (Door::stranger(endpoints, door.listeners())) {
+        throw DoorFailure("port " + std::to_string(old.port()) + " is taken");
+    }
+    const bool changed = old.putInPlace();
+    door.serve(endpoints, concerned || changed, deadline);
+}
+
+/** Whether the change that was cut short may have touched the door. */
+bool isConcerned(const Store& store, const Door& door, const State& state) {
+    return store.cutShortAt() && (!state.ports[door.index()] || store.replaced.has(door.file()));
+}
+
+}  // namespace
+
+bool isInLine(const Door& door, const State& state) {
+    const std::optional<int> port = state.ports[door.index()];
+    const std::optional<std::string> text = door.text();
+    if (!port) {
+        return !text;
+    }
+    return text && DoorFile::portIn(*text) == port && door.listenerOn(*port);
+}
+
+Complaints restoreAll(const Store& store, const Configuration& configuration, const State& state,
+                      const Deadline& deadline) {
+    Complaints complaints;
+    for (std::size_t index = 0; index < doorCount; ++index) {
+        const Door door(index, store, configuration.sshd);
+        const bool concerned = isConcerned(store, door, state);
+        if (!concerned && isInLine(door, state)) {
+            continue;
+        }
+        try {
+            restore(store, configuration, door, state, concerned, deadline);
+            store.note(index, "");
+        } catch (const std::exception& failure) {
+            complaints[index] = door.name() + ": " + failure.what();
+            store.note(index, complaints[index]);
+            // Without its file the door is not in line, and every later run tries it again.
+            store.folder.remove(door.file());
+        }
+    }
+    if (store.cutShortAt()) {
+        store.abandon();
+    }
+    return complaints;
+}
+
+void putBack(const Store& store, const Configuration& configuration, const Door& door, const State& state,
+             const std::vector<Endpoint>& held, const Deadline& deadline) {
+    if (!state.ports[door.index()]) {
+        door.close({}, deadline);
+        return;
+    }
+    const OldFile old(store, configuration, door, state);
+    old.putInPlace();
+    const bool wasThere = !held.empty() && held.front().port == old.port();
+    door.serve(wasThere ? held : endpointsOf(old), true, deadline);
+}
+
+std::string inForce(const Store& store, const Configuration& configuration) {
+    std::string text;
+    for (std::size_t index = 0; index < doorCount; ++index) {
+        const Door door(index, store, configuration.sshd);
+        std::string ports;
+        try {
+            for (const Listener& listener : door.listeners()) {
+                for (const ListeningSocket& socket : listener.sockets()) {
+                    ports += " " + socket.endpoint.text();
+                }
+            }
+        } catch (const std::exception& failure) {
+            ports = std::string(" unknown, ") + failure.what();
+        }
+        text += (text.empty() ? "" : "; ") + door.name() + (ports.empty() ? " is closed" : " is open on" + ports);
+    }
+    return text;
+}
+
+}  // namespace Vorma

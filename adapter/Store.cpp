@@ -1,0 +1,240 @@
+#include "Store.h"
+
+#include <fcntl.h>
+#include <signal.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <sys/time.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <system_error>
+
+#include "Careless.h"
+#include "Refusal.h"
+#include "SystemCall.h"
+#include "Text.h"
+#include "TrustedPath.h"
+
+namespace Vorma {
+
+namespace {
+
+using Tul::Deadline;
+using Tul::Descriptor;
+
+constexpr mode_t ownFolder = 0700;
+constexpr std::size_t failureSize = 1024;
+
+std::string parentOf(const std::string& path) {
+    return path.substr(0, path.rfind('/') + 1);
+}
+
+/** Makes the folder when only its parent is there, and opens it. */
+Directory openStore(const std::string& path) {
+    try {
+        const Descriptor parent = openTrusted(parentOf(path), Kind::Directory);
+        const std::string name = path.substr(path.rfind('/') + 1);
+        if (mkdirat(parent.number(), name.c_str(), ownFolder) != 0 && errno != EEXIST) {
+            throw std::system_error(errno, std::generic_category(), path);
+        }
+        struct stat status {};
+        if (fstatat(parent.number(), name.c_str(), &status, AT_SYMLINK_NOFOLLOW) == 0 &&
+            (!S_ISDIR(status.st_mode) || status.st_uid != geteuid())) {
+            throw Distrust(path + " must be a directory of the user who runs vorma, and no link");
+        }
+        Descriptor folder = openTrusted(path, Kind::Directory);
+        if (status.st_mode & S_IWGRP || status.st_mode & S_IWOTH) {
+            throw Distrust(path + " may be written by others");  // the sticky bit is of no use here
+        }
+        return {std::move(folder), path};
+    } catch (const std::system_error& error) {
+        throw Refusal(Exit::Store, path + " cannot be made or opened: " + error.what() +
+                                       "; its parent must be there and writable; nothing was changed");
+    } catch (const Distrust& distrust) {
+        throw Refusal(Exit::Store, std::string(distrust.what()) + "; nothing was changed");
+    }
+}
+
+/** The alarm ends a wait for the lock, and does nothing else. */
+void wakeUp(int) {}
+
+/** Interrupts a waiting call at the deadline, and again and again after it: the first may come just before the call.
+ */
+class Alarm {
+public:
+    explicit Alarm(const Deadline& deadline) {
+        struct sigaction action {};
+        action.sa_handler = wakeUp;
+        sigaction(SIGALRM, &action, nullptr);
+        set(std::max(deadline.milliseconds(), 1));
+    }
+    ~Alarm() { set(0); }
+
+    Alarm(const Alarm&) = delete;
+    Alarm& operator=(const Alarm&) = delete;
+
+private:
+    static void set(int milliseconds) {
+        constexpr int perSecond = 1000;
+        constexpr int again = 100;
+        const itimerval timer{{0, milliseconds > 0 ? again * perSecond : 0},
+                              {milliseconds / perSecond, milliseconds % perSecond * perSecond}};
+        setitimer(ITIMER_REAL, &timer, nullptr);
+    }
+};
+
+}  // namespace
+
+Store::Store(const std::string& stateDirectory)
+    : folder(openStore(stateDirectory)), candidates(folder.subfolder("new")), replaced(folder.subfolder("old")) {
+    refuseLinks();
+    _lock = folder.openOrMake("lock");
+}
+
+void Store::refuseLinks() const {
+    for (const char* name : {"lock", stateName, copyName}) {
+        folder.has(name);
+    }
+    for (std::size_t door = 0; door < doorCount; ++door) {
+        // sshd would write its number through a link.
+        for (const std::string& name : {fileOf(door), pidFileOf(door), failureFileOf(door)}) {
+            folder.has(name);
+        }
+    }
+}
+
+void Store::lock(const Deadline& deadline) {
+    if (flock(_lock.number(), LOCK_EX | LOCK_NB) == 0) {
+        return;
+    }
+    const Alarm alarm(deadline);
+    while (flock(_lock.number(), LOCK_EX) != 0) {
+        if (errno != EINTR) {
+            throw std::system_error(errno, std::generic_category(), folder.pathOf("lock"));
+        }
+        if (deadline.hasPassed()) {
+            throw Refusal(Exit::Busy, "another vorma holds " + folder.pathOf("lock") + "; nothing was changed");
+        }
+    }
+}
+
+std::optional<State> Store::readState(const Directory& folder) {
+    for (const char* name : {stateName, copyName}) {
+        const std::optional<std::string> text = folder.read(name);
+        std::optional<State> state = text ? State::read(*text, folder.pathOf(name)) : std::nullopt;
+        if (state) {
+            return state;
+        }
+    }
+    return std::nullopt;
+}
+
+Found Store::load() const {
+    const std::optional<std::string> text = folder.read(stateName);
+    if (const auto state = text ? State::read(*text, folder.pathOf(stateName)) : std::nullopt) {
+        if (folder.read(copyName) != text) {
+            mendCopy(*state);
+        }
+        return {*state, true};
+    }
+    if (const auto state = readState(folder)) {
+        return {*state, false};
+    }
+    return {beginAnew(), false};
+}
+
+/** Doors that are rendered while there is no state would later look like doors whose state was lost. */
+State Store::beginAnew() const {
+    bool anything = folder.has(stateName) || folder.has(copyName);
+    for (std::size_t door = 0; door < doorCount; ++door) {
+        anything = anything || folder.has(fileOf(door));
+    }
+    if (anything) {
+        throw Refusal(Exit::Store, folder.pathOf(stateName) +
+                                       " and its copy are damaged or lost, the doors were left as they are; to begin "
+                                       "anew stop their listeners and remove " +
+                                       folder.pathOf(""));
+    }
+    const State closed;
+    begin(closed);
+    commit(closed);
+    for (std::size_t door = 0; door < doorCount; ++door) {
+        note(door, "");
+    }
+    return closed;
+}
+
+void Store::begin(const State& next) const {
+    if (folder.has(stateName)) {
+        folder.link(stateName, replaced, stateName);
+    }
+    const Descriptor state = candidates.write(stateName, next.text());
+    sync(state, candidates.pathOf(stateName));
+    replaced.sync();
+    candidates.sync();
+}
+
+void Store::commit(const State& next) const {
+    candidates.rename(stateName, folder, stateName);
+    try {
+        if constexpr (careless != Careless::SyncsNoDirectory) {
+            folder.sync();
+        }
+    } catch (const std::system_error& error) {
+        throw NotDurable(error.what());
+    }
+    mendCopy(next);
+    clear(replaced);
+}
+
+void Store::abandon() const {
+    // First of all: as long as it is there, the change counts as cut short.
+    candidates.remove(stateName);
+    clear(candidates);
+    clear(replaced);
+}
+
+void Store::clear(const Directory& from) const {
+    for (std::size_t door = 0; door < doorCount; ++door) {
+        from.remove(fileOf(door));
+        from.remove(pidFileOf(door));
+    }
+    from.remove(copyName);
+    from.remove(stateName);
+}
+
+void Store::mendCopy(const State& state) const {
+    try {
+        const Descriptor copy = candidates.write(copyName, state.text());
+        sync(copy, candidates.pathOf(copyName));
+        candidates.rename(copyName, folder, copyName);
+        folder.sync();
+    } catch (const std::system_error&) {
+        // The state itself is safe; the next run tries it again.
+    }
+}
+
+void Store::note(std::size_t door, const std::string& failure) const {
+    try {
+        std::string text = failure.substr(0, failureSize - 1);
+        text.resize(failureSize - 1, ' ');
+        const Descriptor file = folder.openOrMake(failureFileOf(door));
+        writeAll(file, text + "\n", folder.pathOf(failureFileOf(door)));
+    } catch (const std::system_error&) {
+        // It is for who asks for the status. What happened to the doors is said by the run itself.
+    }
+}
+
+std::optional<Directory> Store::openForLooking(const std::string& stateDirectory) {
+    try {
+        return Directory(openTrusted(stateDirectory, Kind::Directory), stateDirectory);
+    } catch (const std::system_error& error) {
+        if (error.code().value() != ENOENT) {
+            throw;
+        }
+        return std::nullopt;
+    }
+}
+
+}  // namespace Vorma

@@ -1,0 +1,87 @@
+#ifndef VORMA_STORE_H
+#define VORMA_STORE_H
+
+#include <optional>
+#include <string>
+
+#include "Configuration.h"
+#include "Deadline.h"
+#include "Descriptor.h"
+#include "Directory.h"
+#include "State.h"
+
+namespace Vorma {
+
+/** What was found written down. */
+struct Found {
+    State state;
+    bool certain; /**< false: it comes from the copy, or nothing was ever written: look at everything */
+};
+
+/**
+ * The folder STATE_DIR:
+ *
+ *     state, state.copy   the truth, and the same once more for the day on which the first is damaged
+ *     DOOR.conf           what the door's listener reads; only there while the door is open
+ *     DOOR.pid            written by the listener once it listens
+ *     DOOR.failure        why the latest run did not get what it wanted of the door; as long as it will ever be, and
+ *                         overwritten in place, so that it needs no room on the disk
+ *     new/                candidates; new/state, the state to be, means that a change is under way or was cut short
+ *     old/                meanwhile the very files that were in force before it
+ *     lock
+ */
+class Store {
+public:
+    /** Makes what is missing of it. Refusal with Exit::Store when it is not safe or cannot be made. */
+    explicit Store(const std::string& stateDirectory);
+
+    /** Waits until no other run is under way; Refusal with Exit::Busy when the moment has come. */
+    void lock(const Tul::Deadline& deadline);
+
+    /** Refusal with Exit::Store when both state and copy are damaged or lost. */
+    Found load() const;
+
+    /** Whether a change was cut short, and when it was begun. */
+    std::optional<std::time_t> cutShortAt() const { return candidates.writtenAt(stateName); }
+
+    /** Writes down what is about to become the state, and what is still in force. */
+    void begin(const State& next) const;
+
+    /** What was begun is in force. NotDurable when that may not last. */
+    void commit(const State& next) const;
+
+    /** What was begun is given up, and the old state is in force. */
+    void abandon() const;
+
+    /** A state.copy that differs from the state is written anew. No failure: the state is what counts. */
+    void mendCopy(const State& state) const;
+
+    /** The text of the failure, empty: none; nobody fails because it cannot be written. */
+    void note(std::size_t door, const std::string& failure) const;
+
+    Directory folder;
+    Directory candidates;
+    Directory replaced;
+
+    static std::string fileOf(std::size_t door) { return std::string(doorRows[door].name) + ".conf"; }
+    static std::string pidFileOf(std::size_t door) { return std::string(doorRows[door].name) + ".pid"; }
+    static std::string failureFileOf(std::size_t door) { return std::string(doorRows[door].name) + ".failure"; }
+
+    static constexpr const char* stateName = "state";
+    static constexpr const char* copyName = "state.copy";
+
+    /** What is found in a store that may not be there, for who only looks. */
+    static std::optional<Directory> openForLooking(const std::string& stateDirectory);
+    static std::optional<State> readState(const Directory& folder);
+
+private:
+    void refuseLinks() const;
+    State beginAnew() const;
+    void clear(const Directory& from) const;
+
+    Tul::Descriptor _lock;
+};
+
+}  // namespace Vorma
+
+#endif
