@@ -10,6 +10,7 @@
 #include "DoorFile.h"
 #include "Refusal.h"
 #include "Restoring.h"
+#include "Surroundings.h"
 #include "Text.h"
 
 namespace Vorma {
@@ -65,13 +66,14 @@ void Change::make(const State& before, State after, const std::vector<std::size_
             after.since[step.door.index()] = std::time(nullptr);
         }
     }
+    shedTheCaller();
     try {
         _store.abandon();
         prepare(after);
     } catch (const std::exception& failure) {
         refuse(failure);
     }
-    carryOut(before, after);
+    carryOut(before);
 }
 
 /** Nothing was touched. */
@@ -91,15 +93,15 @@ bool Change::isDue(const State& before, const State& after) const {
     return _look || before != after || !std::all_of(_steps.begin(), _steps.end(), isIdle);
 }
 
-void Change::carryOut(const State& before, const State& after) {
+void Change::carryOut(const State& before) {
     const Step* current = nullptr;
     try {
-        for (const Step& step : _steps) {
+        for (Step& step : _steps) {
             current = &step;
             apply(step);
         }
         current = nullptr;
-        _store.commit(after);
+        _store.commit();
     } catch (const NotDurable&) {
         throw;
     } catch (const std::exception& failure) {
@@ -130,7 +132,8 @@ bool Change::isIdle(const Step& step) {
 void Change::prepare(const State& after) {
     refuseCommonPorts(after);
     if constexpr (careless == Careless::StopsBeforeCheck) {
-        std::for_each(_steps.begin(), _steps.end(), [this](const Step& step) { step.door.close({}, _forward); });
+        std::for_each(_steps.begin(), _steps.end(),
+                      [this](const Step& step) { step.door.close(std::nullopt, {}, _forward); });
     }
     // sshd looks at the candidates while they, and all that a way back needs, are being written to the disk.
     for (Step& step : _steps) {
@@ -173,10 +176,11 @@ void Change::ask(Step& step) const {
 
 void Change::keepWhatIsInForce(Step& step) const {
     if (step.inPlace) {
-        _store.folder.link(step.door.file(), _store.replaced, step.door.file());
+        _store.folder.link(step.door.file(), _store.candidates, Store::oldFileOf(step.door.index()));
     }
-    if (const auto known = step.before ? step.door.listenerOn(*step.before) : std::nullopt) {
-        step.held = endpointsOf(*known);
+    step.listener = step.before ? step.door.listenerOn(*step.before) : std::nullopt;
+    if (step.listener) {
+        step.held = endpointsOf(*step.listener);
     } else {
         for (const Listener& listener : step.door.listeners()) {
             const std::vector<Endpoint> endpoints = endpointsOf(listener);
@@ -195,11 +199,10 @@ void Change::keepWhatIsInForce(Step& step) const {
 
 /** Where somebody else listens the door would stay open, whatever is done to its own listener. */
 void Change::expectNoStranger(const Step& step) const {
-    const auto known = step.before ? step.door.listenerOn(*step.before) : std::nullopt;
-    if (known && !Door::stranger(step.asked, std::span(&*known, 1))) {
+    if (step.listener && !Door::stranger(step.asked, std::span(&*step.listener, 1))) {
         return;
     }
-    if (const auto stranger = Door::stranger(step.asked, step.door.listeners())) {
+    if (const auto stranger = step.door.stranger(step.asked)) {
         throw Refusal(Exit::Taken, step.door.name() + ": port " + std::to_string(stranger->endpoint.port) +
                                        " is not its listener's, but of a process of user " +
                                        std::to_string(stranger->user) + ", and would stay open");
@@ -245,7 +248,7 @@ void Change::expectFree(const Step& step) const {
         const std::optional<int> error = errorOfBinding(endpoint);
         const bool ownInTheWay = std::any_of(step.held.begin(), step.held.end(),
                                              [&](const Endpoint& held) { return held.overlaps(endpoint); });
-        if (!error || (*error == EADDRINUSE && ownInTheWay && !Door::stranger({endpoint}, step.door.listeners()))) {
+        if (!error || (*error == EADDRINUSE && ownInTheWay && !step.door.stranger({endpoint}))) {
             continue;
         }
         if (*error == EADDRINUSE) {
@@ -255,10 +258,10 @@ void Change::expectFree(const Step& step) const {
     }
 }
 
-void Change::apply(const Step& step) const {
+void Change::apply(Step& step) const {
     if (!step.after) {
         if (step.before || step.inPlace || _look) {
-            step.door.close(step.asked, _forward);
+            step.door.close(step.listener, step.asked, _forward);
         }
         return;
     }

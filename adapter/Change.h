@@ -20,7 +20,7 @@ namespace Vorma {
  * One change of some doors, from the state that is in force to another one: everything is checked before anything is
  * touched, and what was touched is put back when a part of it fails.
  *
- * Until the new state is renamed into place the old one counts: whoever finds new/state there puts the files of old/
+ * Until the new state is renamed into place the old one counts: whoever finds new/state there puts the old files
  * back. Nothing on the way back needs room on the disk.
  */
 class Change {
@@ -39,8 +39,9 @@ private:
         std::optional<int> after;
         std::string text; /**< what its file is to be; of a closed door what it would be */
         std::optional<std::string> inPlace;
-        std::vector<Endpoint> held = {};  /**< where its listener listens before the change */
-        std::vector<Endpoint> asked = {}; /**< where it is to listen */
+        std::optional<Listener> listener = std::nullopt; /**< that holds the port of before */
+        std::vector<Endpoint> held = {};                 /**< where its listener listens before the change */
+        std::vector<Endpoint> asked = {};                /**< where it is to listen */
         std::unique_ptr<Question> question = nullptr;
 
         bool fileChanges() const { return after && inPlace != text; }
@@ -48,7 +49,7 @@ private:
 
     void plan(const State& before, const State& after, const std::vector<std::size_t>& doors);
     bool isDue(const State& before, const State& after) const;
-    void carryOut(const State& before, const State& after);
+    void carryOut(const State& before);
     static bool isIdle(const Step& step);
     void prepare(const State& after);
     void refuseCommonPorts(const State& after) const;
@@ -57,7 +58,7 @@ private:
     void expectNoStranger(const Step& step) const;
     void judge(Step& step, const State& after) const;
     void expectFree(const Step& step) const;
-    void apply(const Step& step) const;
+    void apply(Step& step) const;
     [[noreturn]] void refuse(const std::exception& failure) const;
     [[noreturn]] void goBack(const State& before, const Step* failed, const std::string& failure) const;
     bool isTaken(const Step& step) const;

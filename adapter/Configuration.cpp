@@ -1,12 +1,13 @@
 #include "Configuration.h"
 
 #include <arpa/inet.h>
+#include <limits.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdio>
-#include <filesystem>
-#include <sstream>
+#include <cstring>
 #include <system_error>
 
 #include "Refusal.h"
@@ -77,13 +78,14 @@ std::string allKeys() {
 /** The lines of the file, one by one, with what is needed to complain about them. */
 class Reader {
 public:
-    Reader(const std::string& text, const std::string& file) : _lines(text), _file(file) {
+    Reader(const std::string& text, const std::string& file) : _text(text), _file(file) {
         _configuration.file = file;
     }
 
     Configuration read() {
-        for (std::string line; std::getline(_lines, line);) {
+        for (std::size_t at = 0; at < _text.size(); at = std::min(_text.find('\n', at), _text.size()) + 1) {
             ++_number;
+            const std::string line = _text.substr(at, _text.find('\n', at) - at);
             if (!line.empty() && line[0] != '#') {
                 const std::size_t sign = line.find('=');
                 take(line.substr(0, sign), sign == std::string::npos ? line : line.substr(sign + 1));
@@ -133,11 +135,22 @@ private:
         }
     }
 
-    std::istringstream _lines;
+    const std::string _text;
     const std::string _file;
     int _number = 0;
     Configuration _configuration;
 };
+
+std::string fromRoot(const std::string& path) {
+    if (path.starts_with('/')) {
+        return path;
+    }
+    char folder[PATH_MAX];
+    if (getcwd(folder, sizeof folder) == nullptr) {
+        throw Refusal(Exit::Settings, "the folder in which " + path + " is cannot be told: " + std::strerror(errno));
+    }
+    return std::string(folder) + "/" + path;
+}
 
 /** Complains about a file that a setting names, or that has the settings. */
 template <class UseT>
@@ -167,7 +180,7 @@ Configuration Configuration::besideProgram(const std::string& calledAs) {
                                           "' was called without a path, so vorma.conf beside it cannot be found; "
                                           "call it by its path");
     }
-    const std::string file = std::filesystem::absolute(calledAs.substr(0, slash + 1) + "vorma.conf").string();
+    const std::string file = fromRoot(calledAs.substr(0, slash + 1) + "vorma.conf");
     return parse(usable(file, [&file] { return readTrusted(file, largestFile); }), file);
 }
 

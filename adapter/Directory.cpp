@@ -38,11 +38,14 @@ constexpr mode_t ownFolder = 0700;
 
 Directory Directory::subfolder(const std::string& name) const {
     const std::string path = pathOf(name);
-    if (mkdirat(_folder.number(), name.c_str(), ownFolder) != 0 && errno != EEXIST) {
-        fail(errno, path);
-    }
     const int flags = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
-    const int folder = openat(_folder.number(), name.c_str(), flags);
+    int folder = openat(_folder.number(), name.c_str(), flags);
+    if (folder < 0 && errno == ENOENT) {
+        // Another run may have been quicker.
+        const int made = mkdirat(_folder.number(), name.c_str(), ownFolder);
+        succeeding(path.c_str(), [made] { return made != 0 && errno == EEXIST ? 0 : made; });
+        folder = openat(_folder.number(), name.c_str(), flags);
+    }
     if (folder < 0 && (errno == ELOOP || errno == ENOTDIR)) {
         throw Refusal(Exit::Store, path + " is a link or no folder; nothing was changed");
     }

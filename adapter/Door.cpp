@@ -223,11 +223,10 @@ void Door::stop(const Listener& listener, const Deadline& deadline) {
     }
 }
 
-void Door::close(const std::vector<Endpoint>& endpoints, const Deadline& deadline) const {
-    if (!endpoints.empty()) {
-        if (const auto listener = listenerOn(endpoints.front().port)) {
-            stop(*listener, deadline);
-        }
+void Door::close(const std::optional<Listener>& known, const std::vector<Endpoint>& endpoints,
+                 const Deadline& deadline) const {
+    if (known) {
+        stop(*known, deadline);
     }
     if constexpr (careless != Careless::BelievesPidFile) {
         for (const Listener& listener : listeners()) {
@@ -242,6 +241,13 @@ void Door::close(const std::vector<Endpoint>& endpoints, const Deadline& deadlin
             throw DoorFailure("its port " + std::to_string(endpoint.port) + " still accepts connections");
         }
     }
+}
+
+/** Seen twice: a socket of its own may come or go between the looks at the processes and at the sockets. */
+std::optional<ListeningSocket> Door::stranger(const std::vector<Endpoint>& endpoints) const {
+    const auto first = stranger(endpoints, listeners());
+    const auto second = first ? stranger(endpoints, listeners()) : std::nullopt;
+    return second && second->number == first->number ? second : std::nullopt;
 }
 
 std::optional<ListeningSocket> Door::stranger(const std::vector<Endpoint>& endpoints, std::span<const Listener> own) {

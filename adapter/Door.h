@@ -42,10 +42,14 @@ public:
     /** One listener serves the door at all the endpoints, seen. Reload: also when one does so already. */
     void serve(const std::vector<Endpoint>& endpoints, bool reload, const Tul::Deadline& deadline) const;
 
-    /** No listener is left, its file is gone, and nobody listens at the endpoints where it was. */
-    void close(const std::vector<Endpoint>& endpoints, const Tul::Deadline& deadline) const;
+    /** No listener is left, its file is gone, and nobody listens at the endpoints where it was. One may be known. */
+    void close(const std::optional<Listener>& known, const std::vector<Endpoint>& endpoints,
+               const Tul::Deadline& deadline) const;
 
-    /** Who listens in the way of its endpoint and is not of its listeners. */
+    /** Who listens in the way of its endpoints and is not of its listeners. */
+    std::optional<ListeningSocket> stranger(const std::vector<Endpoint>& endpoints) const;
+
+    /** The same where its listeners are known. */
     static std::optional<ListeningSocket> stranger(const std::vector<Endpoint>& endpoints,
                                                    std::span<const Listener> own);
 

@@ -1,7 +1,5 @@
 #include "DoorFile.h"
 
-#include <sstream>
-
 #include "CheckSum.h"
 #include "SshSetting.h"
 #include "Store.h"
@@ -13,11 +11,15 @@ namespace {
 constexpr std::string_view head = "# Rendered by vorma; changes made here are lost.\n";
 constexpr std::string_view sumMark = "# sum";
 
-void addSettings(std::ostringstream& text, const State& state, bool lastCounts) {
+void addLine(std::string& text, const std::string& keyword, const std::string& value) {
+    text += keyword + " " + value + "\n";
+}
+
+void addSettings(std::string& text, const State& state, bool lastCounts) {
     for (std::size_t i = 0; i < sshSettings().size(); ++i) {
         const SshSetting& row = sshSettings()[i];
         if (row.lastCounts == lastCounts && state.settings[i]) {
-            text << row.keyword << ' ' << row.inFile(*state.settings[i]) << '\n';
+            addLine(text, row.keyword, row.inFile(*state.settings[i]));
         }
     }
 }
@@ -34,20 +36,20 @@ std::string valueOf(const std::string& text, const std::string& keyword) {
 }  // namespace
 
 std::string DoorFile::render(std::size_t door, int port, const State& state, const Configuration& configuration) {
-    std::ostringstream text;
-    text << head << "Port " << port << '\n';
+    std::string text(head);
+    addLine(text, "Port", std::to_string(port));
     if (!configuration.listenAddress.empty()) {
-        text << "ListenAddress " << configuration.listenAddress << '\n';
+        addLine(text, "ListenAddress", configuration.listenAddress);
     }
-    text << "PidFile " << configuration.stateDirectory << '/' << Store::pidFileOf(door) << '\n';
+    addLine(text, "PidFile", configuration.stateDirectory + "/" + Store::pidFileOf(door));
     // Of nearly all keywords sshd takes the first value: what is set here wins over the operator's files.
     addSettings(text, state, false);
     if (!configuration.doorConfigs[door].empty()) {
-        text << "Include " << configuration.doorConfigs[door] << '\n';
+        addLine(text, "Include", configuration.doorConfigs[door]);
     }
-    text << "Include " << configuration.baseConfig << '\n';
+    addLine(text, "Include", configuration.baseConfig);
     addSettings(text, state, true);
-    return withCheckSum(text.str(), sumMark);
+    return withCheckSum(text, sumMark);
 }
 
 std::optional<int> DoorFile::portIn(const std::string& text) {

@@ -17,7 +17,6 @@ extern "C" {
 #include <cerrno>
 #include <cstring>
 #include <memory>
-#include <sstream>
 #include <system_error>
 
 #include "Limits.h"
@@ -55,37 +54,23 @@ std::optional<std::string> readOf(pid_t pid, const char* name) {
     }
 }
 
-/**
- * Whether a process is just getting a new program and has no words yet. One that has ended, or is the kernel's, has
- * no program; that of others is not told, and they are none of ours.
- */
-bool isBeingReplaced(pid_t pid) {
-    constexpr int fieldsFromStateToEnvironment = 48; // its end, which the kernel sets last
+/** A process that has ended, or is the kernel's, has no program; that of others is not told, and is none of ours. */
+bool hasProgram(pid_t pid) {
     char program[1];
-    const std::string path = "/proc/" + std::to_string(pid) + "/exe";
-    const std::optional<std::string> status = readOf(pid, "stat");
-    if (!status || readlink(path.c_str(), program, sizeof program) < 0) {
-        return false;
-    }
-    std::istringstream fields(status->substr(status->rfind(')') + 1));
-    std::string end;
-    for (int i = 0; i <= fieldsFromStateToEnvironment && fields >> end; ++i) {
-    }
-    return end == "0";
+    return readlink(("/proc/" + std::to_string(pid) + "/exe").c_str(), program, sizeof program) >= 0;
 }
 
-/** Nothing when the process has ended. To take a moment without words for an answer would be to overlook a listener.
+/**
+ * The words of a process; nothing when it has ended. One that is just getting a new program, as a listener that
+ * reloads, has none for a moment: to take that for an answer would be to overlook it.
  */
 std::optional<std::string> commandLineOf(pid_t pid) {
     const Deadline deadline(Limits::withoutWords);
-    bool mayStillCome = true;
     for (;;) {
         std::optional<std::string> words = readOf(pid, "cmdline");
-        if (!words || !words->empty() || !mayStillCome || deadline.hasPassed()) {
+        if (!words || !words->empty() || !hasProgram(pid) || deadline.hasPassed()) {
             return words;
         }
-        // They may have come just before this look: then they are read once more.
-        mayStillCome = isBeingReplaced(pid);
         sched_yield();
     }
 }

@@ -1,7 +1,6 @@
 #include "Request.h"
 
 #include <algorithm>
-#include <sstream>
 
 #include "Refusal.h"
 
@@ -100,9 +99,9 @@ std::string textOf(const Revision& revision) {
            std::to_string(revision.patch);
 }
 
-void describe(std::ostringstream& text, const std::string& option, const std::string& meaning) {
+void describe(std::string& text, const std::string& option, const std::string& meaning) {
     constexpr std::size_t column = 36;
-    text << "       " << option << std::string(column - std::min(option.size(), column - 2), ' ') << meaning << '\n';
+    text += "       " + option + std::string(column - std::min(option.size(), column - 2), ' ') + meaning + "\n";
 }
 
 }  // namespace
@@ -166,22 +165,22 @@ std::string help() {
     for (const DoorRow& row : doorRows) {
         doors += (doors.empty() ? "" : "|") + std::string(row.name);
     }
-    std::ostringstream text;
-    text << "usage: vorma " << doors << " unlock port N   open the door on port N, and on no other\n"
-         << "       vorma " << doors << " lock            close the door\n"
-         << "       vorma ssh OPTION...                     change how all doors serve, all or nothing\n"
-         << "       vorma settle                            bring everything in line with the state again\n"
-         << "       vorma spi-revision                      print the revision of this command line\n"
-         << "       vorma status [--json]                   print what is wanted, what is in force, and why\n"
-         << "ssh options (the later wins; what is not named keeps its value):\n";
+    std::string text =
+        "usage: vorma " + doors + " unlock port N   open the door on port N, and on no other\n" + "       vorma " +
+        doors + " lock            close the door\n" +
+        "       vorma ssh OPTION...                     change how all doors serve, all or nothing\n"
+        "       vorma settle                            bring everything in line with the state again\n"
+        "       vorma spi-revision                      print the revision of this command line\n"
+        "       vorma status [--json]                   print what is wanted, what is in force, and why\n"
+        "ssh options (the later wins; what is not named keeps its value):\n";
     for (const SshSetting& row : sshSettings()) {
         describe(text, std::string(row.option) + " " + row.operand, row.allowed);
         if (row.removal != nullptr) {
             describe(text, row.removal, "sshd's own choice");
         }
     }
-    text << "exit: 0 done  2 usage  3 settings  4 busy  5 store  6 refused  7 port taken  8 rolled back  9 lost\n";
-    return text.str();
+    text += "exit: 0 done  2 usage  3 settings  4 busy  5 store  6 refused  7 port taken  8 rolled back  9 lost\n";
+    return text;
 }
 
 }  // namespace Vorma

@@ -5,6 +5,7 @@
 #include "DoorFile.h"
 #include "Limits.h"
 #include "Sshd.h"
+#include "Surroundings.h"
 
 namespace Vorma {
 
@@ -20,21 +21,23 @@ class OldFile {
 public:
     OldFile(const Store& store, const Configuration& configuration, const Door& door, const State& state)
         : _store(store), _file(door.file()), _port(state.ports[door.index()].value()), _inPlace(door.text()) {
-        const auto kept = store.cutShortAt() ? store.replaced.read(_file) : std::nullopt;
+        const std::string old = Store::oldFileOf(door.index());
+        const auto kept = store.cutShortAt() ? store.candidates.read(old) : std::nullopt;
         if (isSound(kept)) {
             _text = *kept;
-            _from = &store.replaced;
+            _path = store.candidates.pathOf(old);
+            _kept = old;
         } else if (isSound(_inPlace)) {
             _text = *_inPlace;
-            _from = &store.folder;
+            _path = store.folder.pathOf(_file);
         } else {
             _text = DoorFile::render(door.index(), _port, state, configuration);
-            _from = &store.candidates;
-            sync(store.candidates.write(_file, _text), store.candidates.pathOf(_file));
+            _path = store.candidates.pathOf(_file);
+            sync(store.candidates.write(_file, _text), _path);
         }
     }
 
-    std::string path() const { return _from->pathOf(_file); }
+    const std::string& path() const { return _path; }
     const std::string& text() const { return _text; }
     int port() const { return _port; }
 
@@ -43,8 +46,8 @@ public:
         if (_inPlace == _text) {
             return false;
         }
-        if (_from == &_store.replaced) {
-            _store.replaced.link(_file, _store.candidates, _file);
+        if (!_kept.empty()) {
+            _store.candidates.link(_kept, _store.candidates, _file);
         }
         _store.candidates.rename(_file, _store.folder, _file);
         return true;
@@ -58,7 +61,8 @@ private:
     const int _port;
     const std::optional<std::string> _inPlace;
     std::string _text;
-    const Directory* _from = nullptr;
+    std::string _path;
+    std::string _kept; /**< the name under which it was kept; empty: it was not */
 };
 
 /** sshd ends itself when it is told to reload a file that it does not take. */
@@ -74,13 +78,14 @@ std::vector<Endpoint> endpointsOf(const OldFile& old) {
 
 void restore(const Store& store, const Configuration& configuration, const Door& door, const State& state,
              bool concerned, const Deadline& deadline) {
+    shedTheCaller();
     if (!state.ports[door.index()]) {
-        door.close({}, deadline);
+        door.close(std::nullopt, {}, deadline);
         return;
     }
     const OldFile old(store, configuration, door, state);
     const std::vector<Endpoint> endpoints = admitted(configuration, old, deadline);
-    if (Door::stranger(endpoints, door.listeners())) {
+    if (door.stranger(endpoints)) {
         throw DoorFailure("port " + std::to_string(old.port()) + " is taken");
     }
     const bool changed = old.putInPlace();
@@ -89,7 +94,7 @@ void restore(const Store& store, const Configuration& configuration, const Door&
 
 /** Whether the change that was cut short may have touched the door. */
 bool isConcerned(const Store& store, const Door& door, const State& state) {
-    return store.cutShortAt() && (!state.ports[door.index()] || store.replaced.has(door.file()));
+    return store.cutShortAt() && (!state.ports[door.index()] || store.candidates.has(Store::oldFileOf(door.index())));
 }
 
 }  // namespace
@@ -131,7 +136,7 @@ Complaints restoreAll(const Store& store, const Configuration& configuration, co
 void putBack(const Store& store, const Configuration& configuration, const Door& door, const State& state,
              const std::vector<Endpoint>& held, const Deadline& deadline) {
     if (!state.ports[door.index()]) {
-        door.close({}, deadline);
+        door.close(std::nullopt, {}, deadline);
         return;
     }
     const OldFile old(store, configuration, door, state);

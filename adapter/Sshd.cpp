@@ -1,12 +1,12 @@
 #include "Sshd.h"
 
 #include <algorithm>
-#include <sstream>
 
 #include "Limits.h"
 #include "Refusal.h"
 #include "SshSetting.h"
 #include "Store.h"
+#include "Text.h"
 
 namespace Vorma {
 
@@ -63,11 +63,10 @@ std::vector<std::string> allowedAddresses(const std::string& address, int port) 
 
 Effective Effective::parse(const std::string& printed) {
     Effective effective;
-    std::istringstream lines(printed);
-    for (std::string line; std::getline(lines, line);) {
+    for (const std::string_view line : partsOf(printed, '\n')) {
         const std::size_t blank = line.find(' ');
-        if (blank != std::string::npos) {
-            effective._values[line.substr(0, blank)].push_back(line.substr(blank + 1));
+        if (blank != std::string_view::npos) {
+            effective._values[std::string(line.substr(0, blank))].emplace_back(line.substr(blank + 1));
         }
     }
     return effective;
@@ -86,8 +85,8 @@ std::string Effective::of(const std::string& keyword) const {
 
 std::vector<Endpoint> Effective::endpoints() const {
     std::vector<Endpoint> endpoints;
-    std::istringstream words(of("listenaddress"));
-    for (std::string word; words >> word;) {
+    const std::string addresses = of("listenaddress");
+    for (const std::string_view word : partsOf(addresses, ' ')) {
         const auto endpoint = Endpoint::parse(word);
         if (endpoint && hasFamily(*endpoint)) {
             endpoints.push_back(*endpoint);

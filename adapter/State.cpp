@@ -2,11 +2,12 @@
 
 #include <algorithm>
 #include <limits>
-#include <sstream>
+#include <span>
 
 #include "CheckSum.h"
 #include "Refusal.h"
 #include "SshSetting.h"
+#include "Text.h"
 
 namespace Vorma {
 
@@ -25,23 +26,23 @@ constexpr const char* doorsOfFirst[] = {"clissh", "netconfssh"};
 constexpr const char* settingsOfFirst[] = {"ciphers", "kexalgorithms", "macs", "dscp", "rekey"};
 
 std::string written(const State& state) {
-    std::ostringstream text;
-    text << format << thisVersion << '\n';
+    std::string text = std::string(format) + std::string(thisVersion) + "\n";
+    const auto add = [&text](const std::string& key, const std::string& value) { text += key + " " + value + "\n"; };
     for (std::size_t door = 0; door < doorCount; ++door) {
         const std::string name = doorRows[door].name;
         if (state.ports[door]) {
-            text << name << ".port " << *state.ports[door] << '\n';
+            add(name + ".port", std::to_string(*state.ports[door]));
         }
         if (state.since[door] != 0) {
-            text << name << ".since " << state.since[door] << '\n';
+            add(name + ".since", std::to_string(state.since[door]));
         }
     }
     for (std::size_t setting = 0; setting < sshSettings().size(); ++setting) {
         if (state.settings[setting]) {
-            text << "ssh." << sshSettings()[setting].name << ' ' << *state.settings[setting] << '\n';
+            add(std::string("ssh.") + sshSettings()[setting].name, *state.settings[setting]);
         }
     }
-    return text.str();
+    return text;
 }
 
 std::string_view afterBlank(std::string_view line) {
@@ -89,24 +90,22 @@ Line takeLine(State& state, std::string_view key, std::string_view value) {
 }
 
 /** The check sum holds: whatever is not understood now was meant so by a later release. */
-std::optional<State> readSound(const std::string& body, const std::string& file) {
-    std::istringstream lines(body);
-    std::string line;
-    std::getline(lines, line);
-    if (line != std::string(format) + std::string(thisVersion)) {
-        refuseLater(file,
-                    "its first line is '" + line + "', this one reads up to version " + std::string(thisVersion));
+std::optional<State> readSound(std::string_view body, const std::string& file) {
+    std::vector<std::string_view> lines = partsOf(body, '\n');
+    if (lines.front() != std::string(format) + std::string(thisVersion)) {
+        refuseLater(file, "its first line is '" + std::string(lines.front()) + "', this one reads up to version " +
+                              std::string(thisVersion));
     }
     State state;
-    while (std::getline(lines, line)) {
-        const std::string_view key = std::string_view(line).substr(0, line.find(' '));
+    for (const std::string_view line : std::span(lines).subspan(1)) {
+        const std::string_view key = line.substr(0, line.find(' '));
         switch (takeLine(state, key, afterBlank(line))) {
             case Line::Taken:
                 break;
             case Line::Unknown:
                 refuseLater(file, "it sets '" + std::string(key) + "', which this one does not know");
             case Line::Bad:
-                refuseLater(file, "it has '" + line + "', whose value this one does not know");
+                refuseLater(file, "it has '" + std::string(line) + "', whose value this one does not know");
         }
     }
     return state;
@@ -125,16 +124,17 @@ std::string writtenByFirst(const State& state) {
 
 /** Of the first format only what reads exactly as it was written is believed: it has no check sum. */
 std::optional<State> readFirst(const std::string& text) {
-    std::istringstream lines(text.substr(firstFormat.size()));
+    const std::vector<std::string_view> lines = partsOf(text, '\n');
+    const std::size_t doors = std::size(doorsOfFirst);
     State state;
-    std::string line;
-    for (std::size_t i = 0; i < std::size(doorsOfFirst) && std::getline(lines, line); ++i) {
-        const long long port = number(afterBlank(line), 1, mostPort);
-        state.ports[i] = port > 0 ? std::optional(static_cast<int>(port)) : std::nullopt;
-    }
-    for (std::size_t i = 0; i < std::size(settingsOfFirst) && std::getline(lines, line); ++i) {
-        const std::string value(afterBlank(line));
-        state.settings[i] = sshSettings()[i].isAllowed(value) ? std::optional(value) : std::nullopt;
+    for (std::size_t i = 1; i < lines.size(); ++i) {
+        const std::string value(afterBlank(lines[i]));
+        const long long port = number(value, 1, mostPort);
+        if (i <= doors) {
+            state.ports[i - 1] = port > 0 ? std::optional(static_cast<int>(port)) : std::nullopt;
+        } else if (i <= doors + std::size(settingsOfFirst) && sshSettings()[i - 1 - doors].isAllowed(value)) {
+            state.settings[i - 1 - doors] = value;
+        }
     }
     return writtenByFirst(state) == text ? std::optional(state) : std::nullopt;
 }
@@ -155,7 +155,7 @@ std::optional<State> State::read(const std::string& text, const std::string& fil
     if (!body || !body->starts_with(format)) {
         return std::nullopt;
     }
-    return readSound(std::string(*body), file);
+    return readSound(*body, file);
 }
 
 }  // namespace Vorma

@@ -31,22 +31,37 @@ std::string parentOf(const std::string& path) {
 }
 
 /** Makes the folder when only its parent is there, and opens it. */
+Descriptor openIn(const Descriptor& parent, const std::string& path) {
+    const std::string name = path.substr(path.rfind('/') + 1);
+    const int flags = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
+    int folder = openat(parent.number(), name.c_str(), flags);
+    if (folder < 0 && errno == ENOENT) {
+        // Another run may have been quicker.
+        const int made = mkdirat(parent.number(), name.c_str(), ownFolder);
+        Tul::succeeding(path.c_str(), [made] { return made != 0 && errno == EEXIST ? 0 : made; });
+        folder = openat(parent.number(), name.c_str(), flags);
+    }
+    if (folder < 0 && (errno == ELOOP || errno == ENOTDIR)) {
+        throw Distrust(path + " must be a directory of the user who runs vorma, and no link");
+    }
+    return Descriptor(Tul::succeeding(path.c_str(), [folder] { return folder; }));
+}
+
+void trustStore(const Descriptor& folder, const std::string& path) {
+    struct stat status {};
+    Tul::succeeding(path.c_str(), [&] { return fstat(folder.number(), &status); });
+    if (status.st_uid != geteuid()) {
+        throw Distrust(path + " must be a directory of the user who runs vorma, and no link");
+    }
+    if ((status.st_mode & (S_IWGRP | S_IWOTH)) != 0) {
+        throw Distrust(path + " may be written by others");
+    }
+}
+
 Directory openStore(const std::string& path) {
     try {
-        const Descriptor parent = openTrusted(parentOf(path), Kind::Directory);
-        const std::string name = path.substr(path.rfind('/') + 1);
-        if (mkdirat(parent.number(), name.c_str(), ownFolder) != 0 && errno != EEXIST) {
-            throw std::system_error(errno, std::generic_category(), path);
-        }
-        struct stat status {};
-        if (fstatat(parent.number(), name.c_str(), &status, AT_SYMLINK_NOFOLLOW) == 0 &&
-            (!S_ISDIR(status.st_mode) || status.st_uid != geteuid())) {
-            throw Distrust(path + " must be a directory of the user who runs vorma, and no link");
-        }
-        Descriptor folder = openTrusted(path, Kind::Directory);
-        if (status.st_mode & S_IWGRP || status.st_mode & S_IWOTH) {
-            throw Distrust(path + " may be written by others");  // the sticky bit is of no use here
-        }
+        Descriptor folder = openIn(openTrusted(parentOf(path), Kind::Directory), path);
+        trustStore(folder, path);
         return {std::move(folder), path};
     } catch (const std::system_error& error) {
         throw Refusal(Exit::Store, path + " cannot be made or opened: " + error.what() +
@@ -87,7 +102,7 @@ private:
 }  // namespace
 
 Store::Store(const std::string& stateDirectory)
-    : folder(openStore(stateDirectory)), candidates(folder.subfolder("new")), replaced(folder.subfolder("old")) {
+    : folder(openStore(stateDirectory)), candidates(folder.subfolder("new")) {
     refuseLinks();
     _lock = folder.openOrMake("lock");
 }
@@ -158,7 +173,7 @@ State Store::beginAnew() const {
     }
     const State closed;
     begin(closed);
-    commit(closed);
+    commit();
     for (std::size_t door = 0; door < doorCount; ++door) {
         note(door, "");
     }
@@ -166,17 +181,20 @@ State Store::beginAnew() const {
 }
 
 void Store::begin(const State& next) const {
-    if (folder.has(stateName)) {
-        folder.link(stateName, replaced, stateName);
-    }
+    const Descriptor copy = candidates.write(copyName, next.text());
     const Descriptor state = candidates.write(stateName, next.text());
+    sync(copy, candidates.pathOf(copyName));
     sync(state, candidates.pathOf(stateName));
-    replaced.sync();
     candidates.sync();
 }
 
-void Store::commit(const State& next) const {
+void Store::commit() const {
     candidates.rename(stateName, folder, stateName);
+    try {
+        candidates.rename(copyName, folder, copyName);
+    } catch (const std::system_error&) {
+        // The state itself is safe; the next run mends the copy.
+    }
     try {
         if constexpr (careless != Careless::SyncsNoDirectory) {
             folder.sync();
@@ -184,30 +202,25 @@ void Store::commit(const State& next) const {
     } catch (const std::system_error& error) {
         throw NotDurable(error.what());
     }
-    mendCopy(next);
-    clear(replaced);
+    for (std::size_t door = 0; door < doorCount; ++door) {
+        candidates.remove(oldFileOf(door));
+    }
 }
 
 void Store::abandon() const {
     // First of all: as long as it is there, the change counts as cut short.
     candidates.remove(stateName);
-    clear(candidates);
-    clear(replaced);
-}
-
-void Store::clear(const Directory& from) const {
+    candidates.remove(copyName);
     for (std::size_t door = 0; door < doorCount; ++door) {
-        from.remove(fileOf(door));
-        from.remove(pidFileOf(door));
+        for (const std::string& name : {fileOf(door), oldFileOf(door), pidFileOf(door)}) {
+            candidates.remove(name);
+        }
     }
-    from.remove(copyName);
-    from.remove(stateName);
 }
 
 void Store::mendCopy(const State& state) const {
     try {
-        const Descriptor copy = candidates.write(copyName, state.text());
-        sync(copy, candidates.pathOf(copyName));
+        sync(candidates.write(copyName, state.text()), candidates.pathOf(copyName));
         candidates.rename(copyName, folder, copyName);
         folder.sync();
     } catch (const std::system_error&) {

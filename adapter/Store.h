@@ -26,8 +26,8 @@ struct Found {
  *     DOOR.pid            written by the listener once it listens
  *     DOOR.failure        why the latest run did not get what it wanted of the door; as long as it will ever be, and
  *                         overwritten in place, so that it needs no room on the disk
- *     new/                candidates; new/state, the state to be, means that a change is under way or was cut short
- *     old/                meanwhile the very files that were in force before it
+ *     new/                candidates. new/state, the state to be, means that a change is under way or was cut short;
+ *                         new/DOOR.old is then the very file that was in force before it
  *     lock
  */
 class Store {
@@ -44,11 +44,11 @@ public:
     /** Whether a change was cut short, and when it was begun. */
     std::optional<std::time_t> cutShortAt() const { return candidates.writtenAt(stateName); }
 
-    /** Writes down what is about to become the state, and what is still in force. */
+    /** Writes down what is about to become the state; from now on the change counts as begun. */
     void begin(const State& next) const;
 
     /** What was begun is in force. NotDurable when that may not last. */
-    void commit(const State& next) const;
+    void commit() const;
 
     /** What was begun is given up, and the old state is in force. */
     void abandon() const;
@@ -61,9 +61,9 @@ public:
 
     Directory folder;
     Directory candidates;
-    Directory replaced;
 
     static std::string fileOf(std::size_t door) { return std::string(doorRows[door].name) + ".conf"; }
+    static std::string oldFileOf(std::size_t door) { return std::string(doorRows[door].name) + ".old"; }
     static std::string pidFileOf(std::size_t door) { return std::string(doorRows[door].name) + ".pid"; }
     static std::string failureFileOf(std::size_t door) { return std::string(doorRows[door].name) + ".failure"; }
 
@@ -77,7 +77,6 @@ public:
 private:
     void refuseLinks() const;
     State beginAnew() const;
-    void clear(const Directory& from) const;
 
     Tul::Descriptor _lock;
 };

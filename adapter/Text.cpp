@@ -33,4 +33,16 @@ void writeAll(const Tul::Descriptor& file, const std::string& text, const std::s
     }
 }
 
+std::vector<std::string_view> partsOf(std::string_view text, char separator) {
+    std::vector<std::string_view> parts;
+    while (!text.empty()) {
+        const std::string_view part = text.substr(0, text.find(separator));
+        if (!part.empty()) {
+            parts.push_back(part);
+        }
+        text.remove_prefix(part.size() + (part.size() < text.size() ? 1 : 0));
+    }
+    return parts;
+}
+
 }  // namespace Vorma

@@ -3,6 +3,8 @@
 
 #include <cstddef>
 #include <string>
+#include <string_view>
+#include <vector>
 
 #include "Descriptor.h"
 
@@ -13,6 +15,9 @@ std::string readAll(const Tul::Descriptor& file, std::size_t most, const std::st
 
 /** Every byte of the text; std::system_error. */
 void writeAll(const Tul::Descriptor& file, const std::string& text, const std::string& path);
+
+/** The parts between separators, of which several in a row count as one; none is empty. */
+std::vector<std::string_view> partsOf(std::string_view text, char separator);
 
 }  // namespace Vorma
 

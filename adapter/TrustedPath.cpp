@@ -6,7 +6,6 @@
 #include <unistd.h>
 
 #include <deque>
-#include <filesystem>
 #include <system_error>
 
 #include "SystemCall.h"
@@ -61,10 +60,8 @@ public:
 private:
     static std::deque<std::string> namesOf(const std::string& path) {
         std::deque<std::string> names;
-        for (const auto& name : std::filesystem::path(path).relative_path()) {
-            if (!name.empty()) {
-                names.push_back(name.string());
-            }
+        for (const std::string_view name : partsOf(path, '/')) {
+            names.emplace_back(name);
         }
         return names;
     }

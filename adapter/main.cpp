@@ -46,7 +46,6 @@ void carryOut(const Request& request, const Configuration& configuration) {
     const Deadline whole(Limits::whole);
     const Deadline forward = whole.within(Limits::forward);
     configuration.checkFiles();
-    shedTheCaller();
     Store store(configuration.stateDirectory);
     store.lock(forward.within(Limits::lock));
     const Found found = store.load();
