@@ -298,6 +298,7 @@ void Change::goBack(const State& before, const Step* failed, const std::string& 
                 }
             }
         }
+        _store.folder.sync();
         giveUp(_store);
         if (failed != nullptr && failed->after != failed->before && isTaken(*failed)) {
             code = Exit::Taken;

@@ -135,7 +135,12 @@ void Door::serve(const std::vector<Endpoint>& endpoints, bool reload, const Dead
         }
     }
     Listener listener = start();
-    bringUp(listener, endpoints, false, deadline);
+    try {
+        bringUp(listener, endpoints, false, deadline);
+    } catch (const std::exception&) {
+        end(listener, deadline);
+        throw;
+    }
 }
 
 /** So that the next run finds it quickly. It finds it anyhow: sshd's own number may have got lost. */
@@ -181,7 +186,7 @@ Listener Door::start() const {
             Descriptor(Tul::succeeding("/dev/null", [] { return open("/dev/null", O_RDWR | O_CLOEXEC); })));
         const int stream = nothing.number();
         const pid_t pid = Tul::spawn(argv, stream, stream, stream, Tul::Place::OwnSession);
-        if (auto listener = Listener::lookAt(pid, path())) {
+        if (auto listener = Listener::ofChild(pid)) {
             return std::move(*listener);
         }
     } catch (const std::system_error& error) {

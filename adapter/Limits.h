@@ -30,8 +30,8 @@ inline constexpr seconds greeting(3);
 /** A listener that is told to end does so in 1 ms; one that hangs is killed after this. */
 inline constexpr seconds ending(2);
 
-/** A program that is being replaced has no words for some microseconds; there are some that never have any. */
-inline constexpr milliseconds withoutWords(20);
+/** A program that is being replaced has no words for some microseconds, or until it gets a processor. */
+inline constexpr seconds withoutWords(1);
 
 /** How often a look is taken when nothing tells of a change: a full disk takes the pid file, and with it the event.
  */

@@ -54,23 +54,33 @@ std::optional<std::string> readOf(pid_t pid, const char* name) {
     }
 }
 
-/** A process that has ended, or is the kernel's, has no program; that of others is not told, and is none of ours. */
-bool hasProgram(pid_t pid) {
+/**
+ * Whether a process is just getting a new program, and has no words yet. One that has ended, or is the kernel's, has
+ * no program; that of others is not told, and they are none of ours.
+ */
+bool isBeingReplaced(pid_t pid) {
+    constexpr std::size_t endOfWords = 48;  // counted from the state; the kernel sets it last
     char program[1];
-    return readlink(("/proc/" + std::to_string(pid) + "/exe").c_str(), program, sizeof program) >= 0;
+    if (readlink(("/proc/" + std::to_string(pid) + "/exe").c_str(), program, sizeof program) < 0) {
+        return false;
+    }
+    const std::string status = readOf(pid, "stat").value_or("");
+    const auto fields = partsOf(std::string_view(status).substr(status.rfind(')') + 1), ' ');
+    return fields.size() > endOfWords && fields[endOfWords] == "0";
 }
 
-/**
- * The words of a process; nothing when it has ended. One that is just getting a new program, as a listener that
- * reloads, has none for a moment: to take that for an answer would be to overlook it.
+/** Nothing when the process has ended. To take a moment without words for an answer would be to overlook a listener.
  */
 std::optional<std::string> commandLineOf(pid_t pid) {
     const Deadline deadline(Limits::withoutWords);
+    bool mayStillCome = true;
     for (;;) {
         std::optional<std::string> words = readOf(pid, "cmdline");
-        if (!words || !words->empty() || !hasProgram(pid) || deadline.hasPassed()) {
+        if (!words || !words->empty() || !mayStillCome || deadline.hasPassed()) {
             return words;
         }
+        // They may have come just before this look: then they are read once more.
+        mayStillCome = isBeingReplaced(pid);
         sched_yield();
     }
 }
@@ -162,6 +172,15 @@ std::optional<Listener> Listener::lookAt(pid_t pid, const std::string& file) {
     }
     listener.readSockets();
     return listener.hasEnded() ? std::nullopt : std::optional(std::move(listener));
+}
+
+std::optional<Listener> Listener::ofChild(pid_t pid) {
+    const int pidfd = pidfd_open(pid, 0);
+    if (pidfd < 0 && errno == ESRCH) {
+        return std::nullopt;
+    }
+    Listener listener(pid, Descriptor(succeeding("a process cannot be watched", [pidfd] { return pidfd; })));
+    return listener.readStatus() ? std::optional(std::move(listener)) : std::nullopt;
 }
 
 std::vector<Listener> Listener::find(const std::string& file) {

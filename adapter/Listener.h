@@ -25,6 +25,9 @@ public:
     /** The process of that number, if it is one from the file; std::system_error when that cannot be told. */
     static std::optional<Listener> lookAt(pid_t pid, const std::string& file);
 
+    /** A child of ours that was just started as one: its words may not be there yet. Nothing when it has ended. */
+    static std::optional<Listener> ofChild(pid_t pid);
+
     /** All of them, by a look at every process. Those that serve a session are none. */
     static std::vector<Listener> find(const std::string& file);
 

@@ -97,6 +97,25 @@ bool isConcerned(const Store& store, const Door& door, const State& state) {
     return store.cutShortAt() && (!state.ports[door.index()] || store.candidates.has(Store::oldFileOf(door.index())));
 }
 
+/** What fails is tried once more: a call that failed need not fail again, and the other door's run is no reason to
+ * wait. */
+std::optional<std::string> restoreOrComplain(const Store& store, const Configuration& configuration, const Door& door,
+                                             const State& state, bool concerned, const Deadline& deadline) {
+    constexpr int attempts = 2;
+    std::string complaint;
+    for (int i = 0; i < attempts; ++i) {
+        try {
+            restore(store, configuration, door, state, concerned, deadline);
+            return std::nullopt;
+        } catch (const std::exception& failure) {
+            complaint = door.name() + ": " + failure.what();
+        }
+    }
+    // Without its file the door is not in line, and every later run tries it again.
+    store.folder.remove(door.file());
+    return complaint;
+}
+
 }  // namespace
 
 bool isInLine(const Door& door, const State& state) {
@@ -109,26 +128,25 @@ bool isInLine(const Door& door, const State& state) {
 }
 
 Complaints restoreAll(const Store& store, const Configuration& configuration, const State& state,
-                      const Deadline& deadline) {
+                      const Tul::Deadline& deadline) {
     Complaints complaints;
+    const bool cutShort = store.cutShortAt().has_value();
     for (std::size_t index = 0; index < doorCount; ++index) {
         const Door door(index, store, configuration.sshd);
         const bool concerned = isConcerned(store, door, state);
-        if (!concerned && isInLine(door, state)) {
-            continue;
-        }
-        try {
-            restore(store, configuration, door, state, concerned, deadline);
-            store.note(index, "");
-        } catch (const std::exception& failure) {
-            complaints[index] = door.name() + ": " + failure.what();
-            store.note(index, complaints[index]);
-            // Without its file the door is not in line, and every later run tries it again.
-            store.folder.remove(door.file());
+        if (concerned || !isInLine(door, state)) {
+            const auto complaint = restoreOrComplain(store, configuration, door, state, concerned, deadline);
+            if (complaint) {
+                complaints[index] = *complaint;
+            }
+            store.note(index, complaint.value_or(""));
         }
     }
-    if (store.cutShortAt()) {
+    if (cutShort) {
+        store.folder.sync();
         store.abandon();
+    } else {
+        store.tidy();
     }
     return complaints;
 }

@@ -190,6 +190,7 @@ void Store::begin(const State& next) const {
 
 void Store::commit() const {
     candidates.rename(stateName, folder, stateName);
+    // From here on the change has been made, whatever else fails.
     try {
         candidates.rename(copyName, folder, copyName);
     } catch (const std::system_error&) {
@@ -202,19 +203,29 @@ void Store::commit() const {
     } catch (const std::system_error& error) {
         throw NotDurable(error.what());
     }
-    for (std::size_t door = 0; door < doorCount; ++door) {
-        candidates.remove(oldFileOf(door));
-    }
+    tidy();
 }
 
 void Store::abandon() const {
     // First of all: as long as it is there, the change counts as cut short.
     candidates.remove(stateName);
-    candidates.remove(copyName);
+    tidy();
+}
+
+void Store::tidy() const {
     for (std::size_t door = 0; door < doorCount; ++door) {
         for (const std::string& name : {fileOf(door), oldFileOf(door), pidFileOf(door)}) {
-            candidates.remove(name);
+            discard(name);
         }
+    }
+    discard(copyName);
+}
+
+/** What stays does no harm, and the next run tries again. */
+void Store::discard(const std::string& name) const {
+    try {
+        candidates.remove(name);
+    } catch (const std::system_error&) {
     }
 }
 

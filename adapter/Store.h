@@ -53,6 +53,9 @@ public:
     /** What was begun is given up, and the old state is in force. */
     void abandon() const;
 
+    /** Takes away what runs that were cut short have left, but for what tells that a change was. */
+    void tidy() const;
+
     /** A state.copy that differs from the state is written anew. No failure: the state is what counts. */
     void mendCopy(const State& state) const;
 
@@ -76,6 +79,7 @@ public:
 
 private:
     void refuseLinks() const;
+    void discard(const std::string& name) const;
     State beginAnew() const;
 
     Tul::Descriptor _lock;
