@@ -3,6 +3,7 @@
 #include <arpa/inet.h>
 #include <netinet/in.h>
 #include <poll.h>
+#include <sys/inotify.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -18,45 +19,59 @@ extern "C" {
 #include <stdexcept>
 #include <thread>
 
+#include "Deadline.h"
+#include "SystemCall.h"
+
 namespace TulBench {
 
 namespace {
 
 constexpr std::chrono::milliseconds longest(10'000);
-constexpr std::chrono::microseconds pause(100);
 const std::string greeting = "SSH-2.0-";
 
-template <class Condition>
-void awaitThat(const char* what, const Condition& holds) {
-    const auto giveUp = std::chrono::steady_clock::now() + longest;
-    while (!holds()) {
-        if (std::chrono::steady_clock::now() > giveUp) {
-            throw std::runtime_error(std::string("waited in vain until ") + what);
-        }
-        std::this_thread::sleep_for(pause);
+[[noreturn]] void waitedInVain(const char* what) {
+    throw std::runtime_error(std::string("waited in vain until ") + what);
+}
+
+bool becomesReadable(int descriptor, const Tul::Deadline& giveUp) {
+    pollfd watched{descriptor, POLLIN, 0};
+    return Tul::succeeding("poll", [&] { return poll(&watched, 1, giveUp.milliseconds()); }) > 0;
+}
+
+/** Becomes readable when a file of the folder was written and closed. */
+Tul::Descriptor changesOf(const std::filesystem::path& folder) {
+    Tul::Descriptor changes(Tul::succeeding("inotify_init1", [] { return inotify_init1(IN_CLOEXEC | IN_NONBLOCK); }));
+    Tul::succeeding(folder.c_str(),
+                    [&] { return inotify_add_watch(changes.number(), folder.c_str(), IN_CLOSE_WRITE); });
+    return changes;
+}
+
+void forget(const Tul::Descriptor& changes) {
+    char block[4096];
+    while (read(changes.number(), block, sizeof block) > 0) {
     }
 }
 
 /** A connection to a port of loopback, if there is somebody to take it. */
 class Connection {
 public:
-    explicit Connection(int port) : _socket(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
+    explicit Connection(int port)
+        : _socket(Tul::succeeding("socket", [] { return socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0); })) {
         sockaddr_in address{};
         address.sin_family = AF_INET;
         address.sin_port = htons(static_cast<in_port_t>(port));
         address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
         const timeval limit{longest.count() / 1000, 0};
-        setsockopt(_socket, SOL_SOCKET, SO_RCVTIMEO, &limit, sizeof limit);
-        _open = connect(_socket, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
+        setsockopt(_socket.number(), SOL_SOCKET, SO_RCVTIMEO, &limit, sizeof limit);
+        _open = connect(_socket.number(), reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
     }
-    ~Connection() { close(_socket); }
 
     bool isOpen() const { return _open; }
 
     bool says(const std::string& wanted) {
         char block[4096];
         while (_text.find(wanted) == std::string::npos) {
-            const ssize_t size = read(_socket, block, sizeof block);
+            const ssize_t size = read(_socket.number(), block, sizeof block);
             if (size <= 0) {
                 return false;
             }
@@ -66,16 +81,13 @@ public:
     }
 
     void say(const std::string& text) {
-        if (write(_socket, text.data(), text.size()) != static_cast<ssize_t>(text.size())) {
+        if (write(_socket.number(), text.data(), text.size()) != static_cast<ssize_t>(text.size())) {
             throw std::runtime_error("a connection takes no text");
         }
     }
 
-    Connection(const Connection&) = delete;
-    Connection& operator=(const Connection&) = delete;
-
 private:
-    int _socket;
+    Tul::Descriptor _socket;
     bool _open;
     std::string _text;
 };
@@ -89,29 +101,47 @@ struct stat statusOf(const std::filesystem::path& file) {
 }  // namespace
 
 void Door::awaitRefusal(pid_t listener) const {
+    const Tul::Deadline giveUp(longest);
     // Its end is waited for first: each connection that it still took would cost it, and us, a process.
-    const int process = pidfd_open(listener, 0);
-    if (process >= 0) {
-        pollfd watched{process, POLLIN, 0};
-        poll(&watched, 1, static_cast<int>(longest.count()));
-        close(process);
+    const Tul::Descriptor process(pidfd_open(listener, 0));  // none when it has ended already
+    if (process.isOpen() && !becomesReadable(process.number(), giveUp)) {
+        waitedInVain("a listener has ended");
     }
-    awaitThat("a port refuses", [this] { return !Connection(_port).isOpen(); });
+    // Once it has ended only a session that is just being made may hold the port, and that for a moment.
+    while (Connection(_port).isOpen()) {
+        if (giveUp.milliseconds() == 0) {
+            waitedInVain("a port refuses");
+        }
+        std::this_thread::yield();
+    }
 }
 
 void Door::remember() {
+    if (!_changes.isOpen()) {
+        _changes = changesOf(_pidFile.parent_path());
+    }
     _written = statusOf(_pidFile).st_mtim;
 }
 
+bool Door::listenerHasBegun() const {
+    const struct stat now = statusOf(_pidFile);
+    return now.st_size > 0 && std::memcmp(&now.st_mtim, &_written, sizeof _written) != 0;
+}
+
 void Door::awaitGreeting() const {
-    awaitThat("a listener has begun", [this] {
-        const struct stat now = statusOf(_pidFile);
-        return now.st_size > 0 && std::memcmp(&now.st_mtim, &_written, sizeof _written) != 0;
-    });
-    awaitThat("a port greets", [this] {
-        Connection connection(_port);
-        return connection.isOpen() && connection.says(greeting);
-    });
+    const Tul::Deadline giveUp(longest);
+    forget(_changes);
+    while (!listenerHasBegun()) {
+        if (!becomesReadable(_changes.number(), giveUp)) {
+            waitedInVain("a listener has begun");
+        }
+        forget(_changes);
+    }
+    // It listens before it leaves its number: there is always somebody to take the connection.
+    Connection connection(_port);
+    if (!connection.isOpen() || !connection.says(greeting)) {
+        throw std::runtime_error("port " + port() + " does not greet");
+    }
 }
 
 bool Door::offers(const std::string& list) const {

@@ -7,6 +7,8 @@
 #include <filesystem>
 #include <string>
 
+#include "Descriptor.h"
+
 namespace TulBench {
 
 /** A door as a client sees it: a port of loopback, and the file in which its listener leaves its number. */
@@ -18,9 +20,9 @@ public:
     void remember();
 
     /**
-     * Until the listener has left its number anew, and greets. The file is looked at every tenth of a millisecond;
-     * to ask the port all the time would take from the time of those who are waited for. std::runtime_error after
-     * ten seconds, here and below.
+     * Until the listener has left its number anew, and greets. Sleeps until something happens to the file's folder:
+     * to look all the time would take from the time of those who are waited for. std::runtime_error after ten
+     * seconds, here and below.
      */
     void awaitGreeting() const;
 
@@ -36,8 +38,11 @@ public:
     std::string port() const { return std::to_string(_port); }
 
 private:
+    bool listenerHasBegun() const;
+
     int _port;
     std::filesystem::path _pidFile;
+    Tul::Descriptor _changes; /**< of the file's folder. Kept for good: its end costs the kernel some 15 ms */
     std::timespec _written{};
 };
 

@@ -4,9 +4,12 @@
 #include <Poco/Process.h>
 #include <fcntl.h>
 #include <spawn.h>
+#include <sys/ptrace.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <fstream>
+#include <limits>
 #include <stdexcept>
 #include <system_error>
 
@@ -59,6 +62,34 @@ pid_t spawn(const Command& command, const posix_spawn_file_actions_t* actions) {
     return pid;
 }
 
+std::size_t peakOf(pid_t pid) {
+    std::ifstream status("/proc/" + std::to_string(pid) + "/status");
+    std::size_t kib = 0;
+    for (std::string word; status >> word;) {
+        if (word == "VmHWM:" && status >> kib) {
+            return kib * 1024;
+        }
+        status.ignore(std::numeric_limits<std::streamsize>::max(), '\n');
+    }
+    throw std::runtime_error("no peak of memory is known of process " + std::to_string(pid));
+}
+
+void resume(pid_t pid, int signal) {
+    check(ptrace(PTRACE_CONT, pid, nullptr, signal) == 0 ? 0 : errno, "PTRACE_CONT");
+}
+
+/** Lets a traced process go on until it is about to end, with its memory still in place. */
+void awaitExit(pid_t pid) {
+    int status = 0;
+    while (waitpid(pid, &status, 0) == pid && WIFSTOPPED(status)) {
+        if (status >> 8 == (SIGTRAP | (PTRACE_EVENT_EXIT << 8))) {
+            return;
+        }
+        resume(pid, WSTOPSIG(status));  // a signal that it was to get
+    }
+    throw std::runtime_error("a process has ended unseen");
+}
+
 }  // namespace
 
 pid_t start(const Command& command) {
@@ -70,6 +101,17 @@ void await(pid_t pid, const Command& command) {
     if (waitpid(pid, &status, 0) != pid || status != 0) {
         throw std::runtime_error(command.at(0) + " ended with the wait status " + std::to_string(status));
     }
+}
+
+std::size_t residentAtMost(const Command& command) {
+    // Not by what wait4() tells: that is at least the memory of the one who started it.
+    const pid_t pid = start(command);
+    check(ptrace(PTRACE_SEIZE, pid, nullptr, PTRACE_O_TRACEEXIT) == 0 ? 0 : errno, "PTRACE_SEIZE");
+    awaitExit(pid);
+    const std::size_t peak = peakOf(pid);
+    resume(pid, 0);
+    await(pid, command);
+    return peak;
 }
 
 std::string runBySpawn(const Command& command) {

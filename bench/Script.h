@@ -3,6 +3,7 @@
 
 #include <sys/types.h>
 
+#include <cstddef>
 #include <string>
 #include <vector>
 
@@ -16,6 +17,9 @@ pid_t start(const Command& command);
 
 /** Waits for a process; std::runtime_error unless it exits with 0. */
 void await(pid_t pid, const Command& command);
+
+/** Runs it, and tells how many bytes of memory it had resident when it had most of them. Takes its time. */
+std::size_t residentAtMost(const Command& command);
 
 /** The least that a run with its output can cost: posix_spawn, read, waitpid. */
 std::string runBySpawn(const Command& command);

@@ -7,12 +7,9 @@
 #include <Poco/PipeStream.h>
 #include <Poco/Process.h>
 #include <benchmark/benchmark.h>
-#include <fcntl.h>
-#include <signal.h>
-#include <unistd.h>
 
 #include <chrono>
-#include <fstream>
+#include <filesystem>
 #include <iostream>
 #include <memory>
 #include <stdexcept>
@@ -33,17 +30,14 @@ constexpr int wordsOfPlace = 3;
 /** Before each measured step: what was done before it leaves dying processes behind, which nobody can wait for. */
 constexpr std::chrono::milliseconds calm(5);
 
-/** A private place with its two doors, and a script that does nothing. */
+/** A private place with its two doors, whose listeners leave their numbers in a folder of it. */
 struct Place {
     Place(char** words, const std::string& pidFolder)
         : folder(words[0]),
           cli(std::stoi(words[1]), folder / pidFolder / "clissh.pid"),
           netconf(std::stoi(words[2]), folder / pidFolder / "netconfssh.pid") {
-        std::ofstream(nothing()) << "#!/bin/sh\n";
-        fs::permissions(nothing(), fs::perms::owner_all);
+        fs::create_directory(folder / pidFolder);
     }
-
-    fs::path nothing() const { return folder / "scripts/nothing"; }
 
     void remember() {
         cli.remember();
@@ -80,126 +74,85 @@ public:
     Place at;
 };
 
-/** No checks but sshd's own, no way back, nothing kept: what no adapter can do without. */
-class Bare : public Means {
+/** One run of a program for each step. */
+class Program : public Means {
 public:
-    explicit Bare(Place place) : Means(std::move(place)) {
-        fs::create_directory(at.folder / "bare");
-        open("netconfssh", at.netconf);
-    }
-
-    void unlock() override {
-        runBySpawn({at.nothing()});
-        open("clissh", at.cli);
-    }
-
-    void lock() override {
-        runBySpawn({at.nothing()});
-        writeFile("clissh", at.cli);
-        const pid_t listener = at.cli.listener();
-        kill(listener, SIGTERM);
-        at.cli.awaitRefusal(listener);
-    }
-
-    void setCiphers(const std::string& list) override {
-        _ciphers = list;
-        runBySpawn({at.nothing()});
-        change("clissh", at.cli);
-        change("netconfssh", at.netconf);
-    }
-
-    ~Bare() override { kill(at.netconf.listener(), SIGTERM); }
-
-private:
-    static constexpr const char* sshd = "/usr/sbin/sshd";
-
-    fs::path file(const std::string& name) const { return at.folder / "bare" / name; }
-
-    void writeFile(const std::string& name, const Door& door) {
-        const fs::path target = file(name + ".conf");
-        const fs::path candidate = file("new");
-        const std::string text = "Port " + door.port() + "\nListenAddress 127.0.0.1\nPidFile " +
-                                 file(name + ".pid").string() + "\nCiphers " + _ciphers + "\nInclude " +
-                                 (at.folder / "ssh/sshd_config").string() + "\n";
-        const int descriptor = ::open(candidate.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
-        if (write(descriptor, text.data(), text.size()) < 0 || fsync(descriptor) != 0) {
-            throw std::runtime_error(candidate.string() + " cannot be written");
-        }
-        close(descriptor);
-        fs::rename(candidate, target);
-    }
-
-    void writeAndTest(const std::string& name, const Door& door) {
-        writeFile(name, door);
-        runBySpawn({sshd, "-t", "-f", file(name + ".conf")});
-    }
-
-    void open(const std::string& name, Door& door) {
-        door.remember();
-        writeAndTest(name, door);
-        runBySpawn({sshd, "-f", file(name + ".conf")});
-        door.awaitGreeting();
-    }
-
-    void change(const std::string& name, Door& door) {
-        writeAndTest(name, door);
-        const pid_t listener = door.listener();
-        door.remember();
-        kill(listener, SIGHUP);
-        door.awaitGreeting();
-    }
-
-    std::string _ciphers = lists[1];
-};
-
-class Adapter : public Means {
-public:
-    explicit Adapter(Place place) : Means(std::move(place)) {
-        run({"netconfssh", "unlock", "port", at.netconf.port()});
-        finish();
-        run({"ssh", "--ciphers", lists[1]});
-        finish();
-    }
-
-    ~Adapter() override {
-        run({"netconfssh", "lock"});
-        finish();
-    }
+    explicit Program(Place place) : Means(std::move(place)) {}
 
     void unlock() override {
         at.cli.remember();
-        run({"clissh", "unlock", "port", at.cli.port()});
+        run(unlocking("clissh", at.cli));
         at.cli.awaitGreeting();
     }
 
     void lock() override {
         const pid_t listener = at.cli.listener();
-        run({"clissh", "lock"});
+        run(locking("clissh", at.cli));
         at.cli.awaitRefusal(listener);
     }
 
     void setCiphers(const std::string& list) override {
         at.remember();
-        run({"ssh", "--ciphers", list});
+        run(setting(list));
         at.awaitGreetings();
     }
 
     void finish() override { await(_running, _command); }
 
-    Command command(const Command& arguments) const {
-        Command whole{(at.folder / "scripts/vorma").string()};
-        whole.insert(whole.end(), arguments.begin(), arguments.end());
-        return whole;
-    }
+    virtual Command unlocking(const std::string& name, const Door& door) const = 0;
+    virtual Command locking(const std::string& name, const Door& door) const = 0;
+    virtual Command setting(const std::string& list) const = 0;
 
 private:
-    void run(const Command& arguments) {
-        _command = command(arguments);
+    void run(const Command& command) {
+        _command = command;
         _running = start(_command);
     }
 
     Command _command;
     pid_t _running = 0;
+};
+
+/** No checks but sshd's own, no way back, nothing kept: what no adapter can do without. */
+class Bare final : public Program {
+public:
+    explicit Bare(Place place) : Program(std::move(place)) { runBySpawn(unlocking("netconfssh", at.netconf)); }
+
+    ~Bare() override { runBySpawn(locking("netconfssh", at.netconf)); }
+
+    Command unlocking(const std::string& name, const Door& door) const override {
+        return {TUL_BARE_PROGRAM, at.folder, "unlock", lists[1], name, door.port()};
+    }
+
+    Command locking(const std::string& name, const Door& door) const override {
+        return {TUL_BARE_PROGRAM, at.folder, "lock", lists[1], name, door.port()};
+    }
+
+    Command setting(const std::string& list) const override {
+        return {TUL_BARE_PROGRAM, at.folder,     "settings",   list,
+                "clissh",         at.cli.port(), "netconfssh", at.netconf.port()};
+    }
+};
+
+class Adapter final : public Program {
+public:
+    explicit Adapter(Place place) : Program(std::move(place)) {
+        runBySpawn(unlocking("netconfssh", at.netconf));
+        runBySpawn(setting(lists[1]));
+    }
+
+    ~Adapter() override { runBySpawn(locking("netconfssh", at.netconf)); }
+
+    Command unlocking(const std::string& name, const Door& door) const override {
+        return {vorma(), name, "unlock", "port", door.port()};
+    }
+
+    Command locking(const std::string& name, const Door&) const override { return {vorma(), name, "lock"}; }
+
+    Command setting(const std::string& list) const override { return {vorma(), "ssh", "--ciphers", list}; }
+
+private:
+    std::string vorma() const { return at.folder / "scripts/vorma"; }
 };
 
 /** The node, with its commands from a pipe. */
@@ -269,10 +222,9 @@ private:
     Poco::PipeInputStream _said;
 };
 
-using Owned = std::unique_ptr<Means>;
-Owned bare;
-Owned adapter;
-Owned node;
+std::unique_ptr<Bare> bare;
+std::unique_ptr<Adapter> adapter;
+std::unique_ptr<Node> node;
 
 double secondsSince(std::chrono::steady_clock::time_point begin) {
     return std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
@@ -289,61 +241,72 @@ void timed(benchmark::State& state, Means& means, const Step& step) {
     state.counters["finished"] = secondsSince(begin);
 }
 
-void unlock(benchmark::State& state, const Owned& means) {
+void unlock(benchmark::State& state, Means& means) {
     for ([[maybe_unused]] auto _ : state) {
-        timed(state, *means, [&] { means->unlock(); });
-        means->lock();
-        means->finish();
+        timed(state, means, [&] { means.unlock(); });
+        means.lock();
+        means.finish();
     }
 }
 
-void lock(benchmark::State& state, const Owned& means) {
+void lock(benchmark::State& state, Means& means) {
     for ([[maybe_unused]] auto _ : state) {
-        means->unlock();
-        means->finish();
-        timed(state, *means, [&] { means->lock(); });
+        means.unlock();
+        means.finish();
+        timed(state, means, [&] { means.lock(); });
     }
 }
 
 /** Both doors are open, and both get the other list. */
-void settings(benchmark::State& state, const Owned& means) {
+void settings(benchmark::State& state, Means& means) {
     for ([[maybe_unused]] auto _ : state) {
-        means->unlock();
-        means->finish();
-        timed(state, *means, [&] { means->setCiphers(lists[0]); });
-        means->at.checkLists(lists[0]);
-        means->setCiphers(lists[1]);
-        means->finish();
-        means->lock();
-        means->finish();
+        means.unlock();
+        means.finish();
+        timed(state, means, [&] { means.setCiphers(lists[0]); });
+        means.at.checkLists(lists[0]);
+        means.setCiphers(lists[1]);
+        means.finish();
+        means.lock();
+        means.finish();
     }
 }
 
-BENCHMARK_CAPTURE(unlock, bare, bare)->UseManualTime()->Iterations(1);
-BENCHMARK_CAPTURE(unlock, adapter, adapter)->UseManualTime()->Iterations(1);
-BENCHMARK_CAPTURE(unlock, node, node)->UseManualTime()->Iterations(1);
-BENCHMARK_CAPTURE(lock, bare, bare)->UseManualTime()->Iterations(1);
-BENCHMARK_CAPTURE(lock, adapter, adapter)->UseManualTime()->Iterations(1);
-BENCHMARK_CAPTURE(lock, node, node)->UseManualTime()->Iterations(1);
-BENCHMARK_CAPTURE(settings, bare, bare)->UseManualTime()->Iterations(1);
-BENCHMARK_CAPTURE(settings, adapter, adapter)->UseManualTime()->Iterations(1);
-BENCHMARK_CAPTURE(settings, node, node)->UseManualTime()->Iterations(1);
+BENCHMARK_CAPTURE(unlock, bare, *bare)->UseManualTime()->Iterations(1);
+BENCHMARK_CAPTURE(unlock, adapter, *adapter)->UseManualTime()->Iterations(1);
+BENCHMARK_CAPTURE(unlock, node, *node)->UseManualTime()->Iterations(1);
+BENCHMARK_CAPTURE(lock, bare, *bare)->UseManualTime()->Iterations(1);
+BENCHMARK_CAPTURE(lock, adapter, *adapter)->UseManualTime()->Iterations(1);
+BENCHMARK_CAPTURE(lock, node, *node)->UseManualTime()->Iterations(1);
+BENCHMARK_CAPTURE(settings, bare, *bare)->UseManualTime()->Iterations(1);
+BENCHMARK_CAPTURE(settings, adapter, *adapter)->UseManualTime()->Iterations(1);
+BENCHMARK_CAPTURE(settings, node, *node)->UseManualTime()->Iterations(1);
 
-void shell(benchmark::State& state) {
+/** Until the run's output has ended, and it as well: as the component sees it. */
+void wholeRun(benchmark::State& state, const Command& command) {
     for ([[maybe_unused]] auto _ : state) {
-        runBySpawn({bare->at.nothing()});
+        std::this_thread::sleep_for(calm);
+        const auto begin = std::chrono::steady_clock::now();
+        runBySpawn(command);
+        state.SetIterationTime(secondsSince(begin));
     }
 }
-BENCHMARK(shell)->UseRealTime()->Iterations(1);
 
-/** What holds already, asked for once more: of the doors' settings, and of one door. */
-void nothingToChange(benchmark::State& state, const Command& arguments) {
+BENCHMARK_CAPTURE(wholeRun, nothing, Command{TUL_NOTHING_PROGRAM})->UseManualTime()->Iterations(1);
+// What holds already, asked for once more: the settings of both doors, a closed door, and an open one.
+BENCHMARK_CAPTURE(wholeRun, sameSettings, adapter->setting(lists[1]))->UseManualTime()->Iterations(1);
+BENCHMARK_CAPTURE(wholeRun, sameClosed, adapter->locking("clissh", adapter->at.cli))->UseManualTime()->Iterations(1);
+BENCHMARK_CAPTURE(wholeRun, sameOpen, adapter->unlocking("netconfssh", adapter->at.netconf))
+    ->UseManualTime()
+    ->Iterations(1);
+
+void memory(benchmark::State& state) {
     for ([[maybe_unused]] auto _ : state) {
-        runBySpawn(static_cast<const Adapter&>(*adapter).command(arguments));
+        state.counters["resident"] =
+            static_cast<double>(residentAtMost(adapter->unlocking("clissh", adapter->at.cli)));
+        runBySpawn(adapter->locking("clissh", adapter->at.cli));
     }
 }
-BENCHMARK_CAPTURE(nothingToChange, settings, {"ssh", "--ciphers", lists[1]})->UseRealTime()->Iterations(1);
-BENCHMARK_CAPTURE(nothingToChange, door, {"clissh", "lock"})->UseRealTime()->Iterations(1);
+BENCHMARK(memory)->Iterations(1);
 
 }  // namespace
 

@@ -1,2 +1,4 @@
-/* Nothing: what it links is the point. */
-typedef int nothing;
+/* Nothing: as a program what any program costs, as a library what the libraries that it links cost. */
+int main(void) {
+    return 0;
+}

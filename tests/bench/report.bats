@@ -44,7 +44,9 @@ everything_held() {
     for name in unlock lock settings; do
         for who in bare adapter node; do measured doors $name/$who 100 '"finished": 0.0002'; done
     done
-    for name in shell nothingToChange/settings nothingToChange/door; do measured doors $name 100; done
+    for name in nothing sameSettings sameClosed sameOpen; do measured doors wholeRun/$name 100; done
+    measured doors memory 100 '"resident": 1048576'
+    echo 'armhf 409600' > "$results/size"
     for name in 100/1/0 100000/1/0 100/1000/0 100000/1000/0 100/1/999; do measured node commit/$name 100; done
 }
 
@@ -76,6 +78,21 @@ becomes() { # GROUP NAME TIME
     write_results
     report
     [ "$(cat "$results/missed")" = "doors: 8 \`vorma … lock\` until refused" ]
+}
+
+@test "the end of a run is compared with the end of the bare program, not with its visible effect" {
+    sed -i -E 's|("lock/adapter/[^}]*"finished": )0.0002|\10.00031|g' "$results/doors.part"
+    write_results
+    report
+    [[ $output == *"| 8 | the same until vorma has ended | as above, until the program has ended | 1.55 |"* ]]
+    [ "$(cat "$results/missed")" = "doors: 8 the same until vorma has ended" ]
+}
+
+@test "sizes name the machine that they are of" {
+    write_results
+    report
+    [[ $output == *"| 9c | vorma, stripped, armhf | none | 400 KiB |  | 1 | shown |"* ]]
+    [[ $output == *"| 9c | resident memory of an \`unlock\`, on this machine | none | 1024 KiB |"* ]]
 }
 
 @test "one single allocation is missed" {
