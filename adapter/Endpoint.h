@@ -16,7 +16,7 @@ struct Endpoint {
     std::array<unsigned char, 16> address{};
     int port = 0;
 
-    auto operator<=>(const Endpoint&) const = default;
+    bool operator==(const Endpoint&) const = default;
 
     bool isWildcard() const { return address == decltype(address){}; }
 

@@ -3,6 +3,7 @@
 
 #include <string>
 #include <string_view>
+#include <tuple>
 #include <vector>
 
 namespace Vorma {
@@ -13,7 +14,9 @@ struct Revision {
     int minor;
     int patch;
 
-    auto operator<=>(const Revision&) const = default;
+    bool operator<(const Revision& other) const {
+        return std::tie(major, minor, patch) < std::tie(other.major, other.minor, other.patch);
+    }
 };
 
 /** A setting that holds for all doors. A new one is one more row of the table. */

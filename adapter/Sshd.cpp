@@ -22,6 +22,7 @@ std::vector<std::string> wordsOf(const std::string& sshd, const std::string& fil
 
 Tul::CapturedRun start(std::vector<std::string> words) {
     std::vector<char*> argv;
+    argv.reserve(words.size() + 1);
     for (std::string& word : words) {
         argv.push_back(word.data());
     }

@@ -135,15 +135,23 @@ std::string changeIn(const Directory* folder) {
     return begun ? "begun at " + timeText(*begun) + ", and not ended" : "none";
 }
 
+std::string textOf(const Json& value) {
+    return value.is_string() ? value.get<std::string>() : value.dump();
+}
+
+/** The same facts one a line: the group, a dot, the name, a blank, the value. */
 std::string flat(const Json& facts) {
     std::string text;
+    const auto add = [&text](const std::string& name, const Json& value) {
+        text.append(name).append(" ").append(textOf(value)).append("\n");
+    };
     for (const auto& [group, members] : facts.items()) {
         if (!members.is_object()) {
-            text += group + " " + members.get<std::string>() + "\n";
+            add(group, members);
             continue;
         }
         for (const auto& [name, value] : members.items()) {
-            text += group + "." + name + " " + (value.is_string() ? value.get<std::string>() : value.dump()) + "\n";
+            add(group + "." + name, value);
         }
     }
     return text;

@@ -91,8 +91,8 @@ public:
 
 private:
     static void set(int milliseconds) {
-        constexpr int perSecond = 1000;
-        constexpr int again = 100;
+        constexpr suseconds_t perSecond = 1000;
+        constexpr suseconds_t again = 100;
         const itimerval timer{{0, milliseconds > 0 ? again * perSecond : 0},
                               {milliseconds / perSecond, milliseconds % perSecond * perSecond}};
         setitimer(ITIMER_REAL, &timer, nullptr);
@@ -171,7 +171,7 @@ State Store::beginAnew() const {
                                        "anew stop their listeners and remove " +
                                        folder.pathOf(""));
     }
-    const State closed;
+    State closed;
     begin(closed);
     commit();
     for (std::size_t door = 0; door < doorCount; ++door) {

@@ -26,7 +26,7 @@ struct Limit {
     rlim_t hard;
 };
 
-constexpr rlim_t mebibyte = 1024 * 1024;
+constexpr rlim_t mebibyte = rlim_t{1024} * 1024;
 
 /** What the kernel gives to the first process, and what it gets from there. */
 constexpr Limit limitsAtBoot[] = {
