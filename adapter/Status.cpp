@@ -151,7 +151,7 @@ std::string flat(const Json& facts) {
             continue;
         }
         for (const auto& [name, value] : members.items()) {
-            add(group + "." + name, value);
+            add(std::string(group).append(".").append(name), value);
         }
     }
     return text;
