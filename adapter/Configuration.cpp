@@ -33,6 +33,9 @@ bool isPath(const std::string& text) {
 
 bool isAddress(const std::string& text) {
     in6_addr address;
+    if (text.find('\0') != std::string::npos) {
+        return false;  // what comes behind it would go unseen
+    }
     return inet_pton(AF_INET, text.c_str(), &address) == 1 || inet_pton(AF_INET6, text.c_str(), &address) == 1;
 }
 
@@ -192,6 +195,7 @@ void Configuration::checkFiles() const {
     if (access(sshd.c_str(), X_OK) != 0) {
         throw Refusal(Exit::Settings, file + ": SSHD=" + sshd + " cannot be run");
     }
+    usable(file + ": " + sshd, [this] { return openTrusted(sshd, Kind::File); });
     usable(file + ": " + baseConfig, [this] { return openTrusted(baseConfig, Kind::File); });
     for (const std::string& config : doorConfigs) {
         if (!config.empty()) {

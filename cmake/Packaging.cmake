@@ -65,8 +65,7 @@ set(CPACK_DEBIAN_NODE_DESCRIPTION "management framework of one development node
 The framework in one process, with a prompt, the reference adapter for OpenSSH
 and a tour that shows and proves what the component libtul-sshd-manager does.")
 set(CPACK_DEBIAN_NODE_PACKAGE_SECTION net)
-# The adapter drives sshd and asks it as a client; the tour looks at its sockets. Nothing here touches the machine's
-# own sshd.
+# The adapter drives sshd; the tour is its client and looks at its sockets. Nothing here touches the machine's own sshd.
 string(CONCAT CPACK_DEBIAN_NODE_PACKAGE_DEPENDS
   "tul-platform-dev (= ${PROJECT_VERSION}), libtul-sshd-manager (= ${PROJECT_VERSION}), "
   "openssh-server, openssh-client, iproute2")
@@ -92,4 +91,11 @@ set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "") # else it would stand above each packa
 set(CPACK_PACKAGE_VENDOR "The libtul_sshd_manager authors")
 set(CPACK_STRIP_FILES ON)
 set(CPACK_POST_BUILD_SCRIPTS ${PROJECT_SOURCE_DIR}/cmake/Sbom.cmake)
+
+# Which libraries are inside of what is shipped only the linker knows; the bill of materials has it from there.
+set(CPACK_TUL_LINK_MAPS ${PROJECT_BINARY_DIR}/packaging/link-maps)
+file(MAKE_DIRECTORY ${CPACK_TUL_LINK_MAPS})
+foreach(target tul_sshd_manager tul_common tul-node dscp-gate vorma)
+  target_link_options(${target} PRIVATE -Wl,-Map=${CPACK_TUL_LINK_MAPS}/$<TARGET_FILE_NAME:${target}>)
+endforeach()
 include(CPack)

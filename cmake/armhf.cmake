@@ -12,6 +12,9 @@ if(NOT EXISTS ${CMAKE_SYSROOT}/.complete)
   message(FATAL_ERROR "There is no sysroot in ${CMAKE_SYSROOT}; packaging/make-sysroot armhf build/sysroot-armhf makes it")
 endif()
 set(CMAKE_CROSSCOMPILING_EMULATOR qemu-arm -L ${CMAKE_SYSROOT})
+# With -L a program that opens "/" sees the sysroot there. For those that look at the machine's files from the root down.
+set(TUL_PLAIN_EMULATOR qemu-arm ${CMAKE_SYSROOT}/lib/ld-linux-armhf.so.3 --library-path
+    ${CMAKE_SYSROOT}/lib/${CMAKE_LIBRARY_ARCHITECTURE}:${CMAKE_SYSROOT}/usr/lib/${CMAKE_LIBRARY_ARCHITECTURE})
 set(CMAKE_FIND_ROOT_PATH ${CMAKE_SYSROOT})
 set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
 set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
