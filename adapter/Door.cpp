@@ -95,14 +95,36 @@ private:
 
 }  // namespace
 
-std::optional<Listener> Door::listenerOn(int port) const {
+std::optional<Listener> Door::named() const {
     const std::string text = _store.folder.read(Store::pidFileOf(_index)).value_or("");
     const long long pid = number(text.substr(0, text.find('\n')), 2, 1LL << 31U);
-    auto listener = pid > 0 ? Listener::lookAt(static_cast<pid_t>(pid), path()) : std::nullopt;
-    if (!listener || !listener->isRunning() || !listener->listensOn(port)) {
-        return std::nullopt;
+    return pid > 0 ? Listener::lookAt(static_cast<pid_t>(pid), path()) : std::nullopt;
+}
+
+std::vector<Listener> Door::listeners() const {
+    if constexpr (careless != Careless::BelievesPidFile) {
+        return Listener::find(path());
     }
-    return listener;
+    std::vector<Listener> listeners;
+    if (auto listener = named()) {
+        listeners.push_back(std::move(*listener));
+    }
+    return listeners;
+}
+
+std::optional<Listener> Door::listenerOn(int port) const {
+    const auto serves = [port](const Listener& one) { return one.isRunning() && one.listensOn(port); };
+    auto listener = named();
+    if (listener && serves(*listener)) {
+        return listener;
+    }
+    for (Listener& other : listeners()) {
+        if (serves(other)) {
+            writeDown(other);
+            return std::move(other);
+        }
+    }
+    return std::nullopt;
 }
 
 /** The listener that is to go on: the one that listens, if any. All others end. */
@@ -139,6 +161,7 @@ void Door::serve(const std::vector<Endpoint>& endpoints, bool reload, const Dead
         bringUp(listener, endpoints, false, deadline);
     } catch (const std::exception&) {
         end(listener, deadline);
+        ::kill(-listener.pid(), SIGKILL);  // a script in place of sshd may have left a child in the session it leads
         throw;
     }
 }
@@ -185,7 +208,7 @@ Listener Door::start() const {
         const Descriptor nothing = Tul::aboveStandard(
             Descriptor(Tul::succeeding("/dev/null", [] { return open("/dev/null", O_RDWR | O_CLOEXEC); })));
         const int stream = nothing.number();
-        const pid_t pid = Tul::spawn(argv, stream, stream, stream, Tul::Place::OwnSession);
+        const pid_t pid = Tul::spawn(argv, stream, stream, stream, Tul::Leads::Session);
         if (auto listener = Listener::ofChild(pid)) {
             return std::move(*listener);
         }
@@ -233,10 +256,8 @@ void Door::close(const std::optional<Listener>& known, const std::vector<Endpoin
     if (known) {
         stop(*known, deadline);
     }
-    if constexpr (careless != Careless::BelievesPidFile) {
-        for (const Listener& listener : listeners()) {
-            stop(listener, deadline);
-        }
+    for (const Listener& listener : listeners()) {
+        stop(listener, deadline);
     }
     _store.folder.remove(file());
     _store.folder.remove(Store::pidFileOf(_index));

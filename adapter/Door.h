@@ -34,9 +34,9 @@ public:
     std::optional<std::string> text() const { return _store.folder.read(file()); }
 
     /** Its listeners, by a look at every process. */
-    std::vector<Listener> listeners() const { return Listener::find(path()); }
+    std::vector<Listener> listeners() const;
 
-    /** The listener that its pid file names, if that runs and listens on the port: a quick look. */
+    /** The listener that runs and listens on the port: a quick look, as long as its pid file names it. */
     std::optional<Listener> listenerOn(int port) const;
 
     /** One listener serves the door at all the endpoints, seen. Reload: also when one does so already. */
@@ -55,6 +55,7 @@ public:
 
 private:
     std::string path() const { return _store.folder.pathOf(file()); }
+    std::optional<Listener> named() const;
     std::optional<Listener> one(const Tul::Deadline& deadline) const;
     Listener start() const;
     void bringUp(Listener& listener, const std::vector<Endpoint>& endpoints, bool reload,

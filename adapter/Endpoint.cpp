@@ -137,7 +137,8 @@ std::optional<Endpoint> Endpoint::parse(std::string_view text) {
     if (host.starts_with('[') && host.ends_with(']')) {
         host = host.substr(1, host.size() - 2);
     }
-    return parse(std::string(host), static_cast<int>(number(text.substr(colon + 1), 1, mostPort)));
+    const auto endpoint = parse(std::string(host), static_cast<int>(number(text.substr(colon + 1), 1, mostPort)));
+    return endpoint && endpoint->text() == text ? endpoint : std::nullopt;
 }
 
 std::optional<Endpoint> Endpoint::parse(const std::string& address, int port) {

@@ -151,8 +151,9 @@ bool namesFile(std::string_view commandLine, const std::string& file) {
     std::string words(commandLine);
     std::replace(words.begin(), words.end(), '\0', ' ');
     words += ' ';
-    // A new session of sshd shows for a moment the words of the listener, and -R.
-    return words.find(" -f " + file + " ") != std::string::npos && words.find(" -R ") == std::string::npos;
+    const auto has = [&words](const std::string& word) { return words.find(" " + word + " ") != std::string::npos; };
+    // A new session of sshd shows for a moment the words of the listener, and -R; who only asks sshd says -T or -t.
+    return has("-f " + file) && !has("-R") && !has("-T") && !has("-t");
 }
 
 std::optional<Listener> Listener::lookAt(pid_t pid, const std::string& file) {

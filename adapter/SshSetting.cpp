@@ -95,7 +95,11 @@ std::string nameOf(int dscp) {
 std::vector<std::string> dscpAsPrinted(const std::string& dscp) {
     const std::string byte = byteOf(dscp);
     const std::string name = nameOf(std::stoi(dscp));
-    return {byte + " " + byte, name + " " + name};
+    std::vector<std::string> spellings = {byte + " " + byte};
+    if (!name.empty()) {
+        spellings.push_back(name + " " + name);
+    }
+    return spellings;
 }
 
 std::string rekeyInFile(const std::string& seconds) {

@@ -14,6 +14,7 @@ struct Revision {
     int minor;
     int patch;
 
+    bool operator==(const Revision&) const = default;
     bool operator<(const Revision& other) const {
         return std::tie(major, minor, patch) < std::tie(other.major, other.minor, other.patch);
     }

@@ -27,8 +27,8 @@ Tul::CapturedRun start(std::vector<std::string> words) {
         argv.push_back(word.data());
     }
     argv.push_back(nullptr);
-    // In our group: who kills that kills the question, too.
-    return Tul::CapturedRun(argv.data(), kept, Tul::Place::Within);
+    // In a group of its own: a script in place of sshd is given up together with what it waits for.
+    return Tul::CapturedRun(argv.data(), kept);
 }
 
 std::string lastLine(const std::string& text) {

@@ -155,7 +155,11 @@ std::optional<State> State::read(const std::string& text, const std::string& fil
     if (!body || !body->starts_with(format)) {
         return std::nullopt;
     }
-    return readSound(*body, file);
+    auto state = readSound(*body, file);
+    if (state && state->text() != text) {
+        refuseLater(file, "its lines are not as this one writes them");
+    }
+    return state;
 }
 
 }  // namespace Vorma

@@ -55,7 +55,7 @@ public:
         }
     }
 
-    const Descriptor& at() const { return _at; }
+    Descriptor& at() { return _at; }
 
 private:
     static std::deque<std::string> namesOf(const std::string& path) {
@@ -112,16 +112,15 @@ Descriptor openTrusted(const std::string& path, Kind kind) {
     Walk walk(path);
     walk.finish();
     const mode_t type = statusOf(walk.at()).st_mode & S_IFMT;
-    if (kind == Kind::Directory && type != S_IFDIR) {
-        fail(ENOTDIR, path);
+    if (kind == Kind::Directory) {
+        return type == S_IFDIR ? std::move(walk.at()) : (fail(ENOTDIR, path), Descriptor());
     }
-    if (kind == Kind::File && type != S_IFREG) {
+    if (type != S_IFREG) {
         fail(type == S_IFDIR ? EISDIR : EINVAL, path);
     }
     // What was reached itself, whatever the path leads to by now.
     const std::string reached = "/proc/self/fd/" + std::to_string(walk.at().number());
-    const int flags = O_RDONLY | O_CLOEXEC | (kind == Kind::Directory ? O_DIRECTORY : 0);
-    return Descriptor(succeeding(path.c_str(), [&] { return open(reached.c_str(), flags); }));
+    return Descriptor(succeeding(path.c_str(), [&] { return open(reached.c_str(), O_RDONLY | O_CLOEXEC); }));
 }
 
 std::string readTrusted(const std::string& path, std::size_t most) {

@@ -18,10 +18,10 @@ public:
 enum class Kind { File, Directory };
 
 /**
- * Opens an absolute path for reading, name by name from the root down. Each folder on the way, each link and what it
- * leads to must belong to root or to the user, and nobody else may write it: so nobody else can put something else
- * there, neither before nor while it is used. A folder in which nobody can touch what is not his own (the sticky
- * bit, as of /tmp) counts as one that others do not write.
+ * Opens an absolute path, a file for reading and a folder to reach what is in it, name by name from the root down.
+ * Each folder on the way, each link and what it leads to must belong to root or to the user, and nobody else may
+ * write it: so nobody else can put something else there, neither before nor while it is used. A folder in which
+ * nobody can touch what is not his own (the sticky bit, as of /tmp) counts as one that others do not write.
  *
  * Distrust names the folder or file; std::system_error when there is none, or it is of another kind.
  */

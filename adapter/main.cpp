@@ -13,6 +13,7 @@
 #include "Status.h"
 #include "Store.h"
 #include "Surroundings.h"
+#include "SystemCall.h"
 
 namespace {
 
@@ -34,10 +35,8 @@ void complain(const std::string& why) {
 
 void print(const std::string& text) {
     for (std::string_view left = text; !left.empty();) {
-        const ssize_t size = write(STDOUT_FILENO, left.data(), left.size());
-        if (size <= 0) {
-            return;
-        }
+        const ssize_t size =
+            Tul::succeeding("standard output", [&left] { return write(STDOUT_FILENO, left.data(), left.size()); });
         left.remove_prefix(static_cast<std::size_t>(size));
     }
 }

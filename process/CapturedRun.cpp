@@ -5,27 +5,27 @@
 
 #include <algorithm>
 
+#include "Spawn.h"
 #include "SystemCall.h"
 
 namespace Tul {
 
 namespace {
 
-pid_t spawnInto(char* const* argv, Place place, const Pipe& output, const Pipe& errors) {
+pid_t spawnInto(char* const* argv, const Pipe& output, const Pipe& errors) {
     const Descriptor nothing = aboveStandard(Descriptor(
         succeeding("cannot be run, no /dev/null", [] { return open("/dev/null", O_RDONLY | O_CLOEXEC); })));
-    return spawn(argv, nothing.number(), output.writeEnd.number(), errors.writeEnd.number(), place);
+    return spawn(argv, nothing.number(), output.writeEnd.number(), errors.writeEnd.number());
 }
 
 }  // namespace
 
-CapturedRun::CapturedRun(char* const* argv, Limits limits, Place place)
-    : CapturedRun(argv, limits, place, Pipe(), Pipe()) {}
+CapturedRun::CapturedRun(char* const* argv, Limits limits) : CapturedRun(argv, limits, Pipe(), Pipe()) {}
 
-CapturedRun::CapturedRun(char* const* argv, Limits limits, Place place, Pipe output, Pipe errors)
+CapturedRun::CapturedRun(char* const* argv, Limits limits, Pipe output, Pipe errors)
     : _output(std::move(output.readEnd), CapturedStream::Keep::First, limits.output),
       _errors(std::move(errors.readEnd), CapturedStream::Keep::Last, limits.errors),
-      _child(spawnInto(argv, place, output, errors)) {}
+      _child(spawnInto(argv, output, errors)) {}
 
 std::optional<ProcessEnd> CapturedRun::await(const Deadline& deadline) {
     for (;;) {

@@ -8,13 +8,13 @@
 #include "CapturedStream.h"
 #include "ChildProcess.h"
 #include "Deadline.h"
-#include "Spawn.h"
 
 namespace Tul {
 
 /**
- * A program that runs with nothing to read, and the two streams that come from it. Of its output the beginning is
- * kept, of its errors the end. It is killed at destruction when it has not ended.
+ * A program that runs in a group of its own with nothing to read, and the two streams that come from it. Of its
+ * output the beginning is kept, of its errors the end. It is killed at destruction, with its group, when it has not
+ * ended.
  *
  * Every operation throws std::system_error when the program cannot be run or watched.
  */
@@ -26,7 +26,7 @@ public:
     };
 
     /** argv is null-terminated and begins with the path. */
-    CapturedRun(char* const* argv, Limits limits, Place place = Place::OwnGroup);
+    CapturedRun(char* const* argv, Limits limits);
 
     /** Reads until the program has ended or the moment has come; how it ended, or nothing. */
     std::optional<ProcessEnd> await(const Deadline& deadline);
@@ -43,7 +43,7 @@ public:
     std::string errorTail();
 
 private:
-    CapturedRun(char* const* argv, Limits limits, Place place, Pipe output, Pipe errors);
+    CapturedRun(char* const* argv, Limits limits, Pipe output, Pipe errors);
 
     /** Waits for data or the end of the child, and reads what there is. True: the child has ended. */
     bool readOnce(int childDescriptor, int milliseconds);

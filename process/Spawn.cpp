@@ -23,7 +23,7 @@ public:
     Attributes() { check(posix_spawnattr_init(&_attributes)); }
     ~Attributes() { posix_spawnattr_destroy(&_attributes); }
 
-    void startAfresh(Place place) {
+    void startAfresh(Leads leads) {
         sigset_t none;
         sigemptyset(&none);
         // Not sigfillset: it leaves out the two signals of the threads' library, which the child would get ignored.
@@ -32,8 +32,9 @@ public:
         check(posix_spawnattr_setsigmask(&_attributes, &none));
         check(posix_spawnattr_setsigdefault(&_attributes, &all));
         check(posix_spawnattr_setpgroup(&_attributes, 0));
-        check(posix_spawnattr_setflags(
-            &_attributes, static_cast<short>(POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF | flagOf(place))));
+        const int leader = leads == Leads::Group ? POSIX_SPAWN_SETPGROUP : POSIX_SPAWN_SETSID;
+        check(posix_spawnattr_setflags(&_attributes,
+                                       static_cast<short>(POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF | leader)));
     }
 
     const posix_spawnattr_t* get() const { return &_attributes; }
@@ -42,18 +43,6 @@ public:
     Attributes& operator=(const Attributes&) = delete;
 
 private:
-    static int flagOf(Place place) {
-        switch (place) {
-            case Place::OwnGroup:
-                return POSIX_SPAWN_SETPGROUP;
-            case Place::OwnSession:
-                return POSIX_SPAWN_SETSID;
-            case Place::Within:
-                break;
-        }
-        return 0;
-    }
-
     posix_spawnattr_t _attributes;
 };
 
@@ -84,12 +73,12 @@ private:
 
 }  // namespace
 
-pid_t spawn(char* const* argv, int in, int out, int err, Place place) {
+pid_t spawn(char* const* argv, int in, int out, int err, Leads leads) {
     static char path[] = "PATH=/usr/local/sbin:/usr/local/bin:/usr/sbin:/usr/bin:/sbin:/bin";
     static char* const environment[] = {path, nullptr};
 
     Attributes attributes;
-    attributes.startAfresh(place);
+    attributes.startAfresh(leads);
     FileActions actions;
     actions.redirect(in, STDIN_FILENO);
     actions.redirect(out, STDOUT_FILENO);

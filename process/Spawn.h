@@ -5,8 +5,8 @@
 
 namespace Tul {
 
-/** Where a program is started: a signal to the starter's group reaches only what is Within it. */
-enum class Place { Within, OwnGroup, OwnSession };
+/** What a started program leads. */
+enum class Leads { Group, Session };
 
 /**
  * Starts a program with the three standard descriptors given, no other, the environment PATH alone, and no signal
@@ -14,7 +14,7 @@ enum class Place { Within, OwnGroup, OwnSession };
  *
  * Returns its process number; std::system_error when it cannot be run.
  */
-pid_t spawn(char* const* argv, int in, int out, int err, Place place = Place::OwnGroup);
+pid_t spawn(char* const* argv, int in, int out, int err, Leads leads = Leads::Group);
 
 }  // namespace Tul
 

@@ -76,12 +76,16 @@ only_what_is_set_gets_in() { # OPTION CLIENT-KEYWORD NAME,NAME
     done
 }
 
-# A session that asks every second whether the other side is still there.
-hold_session() { # PORT
-    { [ -n "$user" ] && [ -n "$key" ]; } || skip 'VORMA_USER and VORMA_KEY are not set'
+needs_session() { { [ -n "$user" ] && [ -n "$key" ]; } || skip 'VORMA_USER and VORMA_KEY are not set'; }
+
+# A session that asks every second whether the other side is still there. It runs nothing, unless an option says so.
+hold_session() { # PORT [CLIENT-OPTION...]
+    needs_session
     heard=$BATS_TEST_TMPDIR/heard
     : >"$heard"
-    "${ssh_client[@]}" -n -N -vvv -o ServerAliveInterval=1 -i "$key" -p "$1" "$user@$address" 2>>"$heard" >/dev/null 3>&- &
+    [ -p "$BATS_TEST_TMPDIR/silence" ] || mkfifo "$BATS_TEST_TMPDIR/silence"
+    "${ssh_client[@]}" -vvv -o ServerAliveInterval=1 "${@:2}" -o SessionType=none -i "$key" -p "$1" "$user@$address" <>"$BATS_TEST_TMPDIR/silence" \
+        2>>"$heard" >/dev/null 3>&- &
     session=$!
     wait_until is_answered 1
 }
@@ -91,7 +95,42 @@ is_over() { ! kill -0 "$session" 2>/dev/null; }
 is_answered_or_over() { is_answered "$1" || is_over; }
 # The first answer may have been under way before.
 session_lives() { wait_until is_answered_or_over $(($(answers) + 2)) && ! is_over; }
-end_session() { [ -z "${session-}" ] || { kill "$session" 2>/dev/null; wait "$session" || true; }; }
+end_session() { [ -z "${session-}" ] || { kill "$session" 2>/dev/null || true; wait "$session" || true; session=''; }; }
+
+# --- what packets carry ---
+
+# A session behind a filter that, once the session is there, lets through only what carries the DSCP.
+needs_gate() {
+    gate=${ADAPTER%/*}/dscp-gate
+    [ -x "$gate" ] || skip 'the program dscp-gate is not built'
+    "$gate" --allowed || skip 'this kernel lets nobody filter a socket of his own'
+    [[ $address != *:* ]] || skip 'dscp-gate knows no IPv6'
+    needs_session
+}
+shut_gate() { # PORT DSCP
+    local told=$BATS_TEST_TMPDIR/gate
+    rm -f "$told"
+    # A server may mark only sessions that run something.
+    hold_session "$1" -o SessionType=default -o RemoteCommand=cat -o ServerAliveCountMax=2 -o "ProxyCommand=$gate %h %p $(($2 * 4)) '$told'"
+    kill -USR1 "$(cat "$told")"
+    wait_until grep -q closed "$told"
+}
+carries() { # PORT DSCP
+    shut_gate "$@"
+    session_lives || { echo "packets do not carry DSCP $2" >&2; return 1; }
+    end_session
+}
+carries_not() { # PORT DSCP
+    shut_gate "$@"
+    run ! session_lives
+    end_session
+}
+
+# --- the processes behind a port ---
+
+listener_of() { # PORT: nothing when the system does not tell
+    ss -Hltnp "sport = :$1" | sed -n 's/.*[^0-9]pid=\([0-9]*\).*/\1/p' | sort -n | head -n 1
+}
 
 @test "the revision is three numbers, within 5 seconds" {
     limit=5 run_it spi-revision
@@ -188,6 +227,30 @@ end_session() { [ -z "${session-}" ] || { kill "$session" 2>/dev/null; wait "$se
     turned_away "$port" "Ciphers=$other_cipher"
 }
 
+@test "packets of a new session carry the DSCP that is set, and no longer once it is removed" {
+    knows 7
+    needs_gate
+    must clissh unlock port "$port"
+    # No server chooses this one by itself.
+    must ssh --ipQos 41
+    carries "$port" 41
+    must ssh --removeIpQoS
+    carries_not "$port" 41
+}
+
+@test "a session is renegotiated by the server once the time that is set has passed" {
+    knows 8
+    must clissh unlock port "$port"
+    must ssh --renegotiationTime 1
+    hold_session "$port"
+    wait_until is_renegotiated_or_answered 6
+    is_renegotiated
+    session_lives
+}
+# The first exchange is the one at the beginning. The client itself wants no other one.
+is_renegotiated() { [ "$(grep -c 'SSH2_MSG_KEXINIT received' "$heard")" -ge 3 ]; }
+is_renegotiated_or_answered() { is_renegotiated || is_answered "$1"; }
+
 @test "settings that are given while a door is closed hold when it opens" {
     knows 7
     must clissh unlock port "$port"
@@ -208,26 +271,81 @@ end_session() { [ -z "${session-}" ] || { kill "$session" 2>/dev/null; wait "$se
 
 @test "a batch with an unknown algorithm or a bad value is refused as a whole" {
     knows 7
+    local kexes=${VORMA_KEXES:-curve25519-sha256,ecdh-sha2-nistp256} macs=${VORMA_MACS:-hmac-sha2-256,hmac-sha2-512}
     must clissh unlock port "$port"
-    must ssh --ciphers "$cipher"
+    must ssh --ciphers "$cipher" --kexAlgorithms "${kexes%,*}" --macs "${macs%,*}"
     must_not ssh --ciphers "$other_cipher" --macs no-such-algorithm
+    must_not ssh --kexAlgorithms "${kexes#*,}" --macs "${macs#*,}" --ciphers no-such-algorithm
+    must_not ssh --macs "${macs#*,}" --kexAlgorithms no-such-algorithm
     for option in --ciphers --kexAlgorithms --macs; do must_not ssh $option no-such-algorithm; done
     for list in ',' "$cipher," "$cipher,,$cipher" '-*' ''; do must_not ssh --ciphers "$list"; done
     for dscp in 64 -1 ef ''; do must_not ssh --ciphers "$other_cipher" --ipQos "$dscp"; done
     gets_in "$port" "Ciphers=$cipher"
     turned_away "$port" "Ciphers=$other_cipher"
+    gets_in "$port" "KexAlgorithms=${kexes%,*}"
+    turned_away "$port" "KexAlgorithms=${kexes#*,}"
+    gets_in "$port" "MACs=${macs%,*}"
+    turned_away "$port" "MACs=${macs#*,}"
+}
+
+@test "a listener that died comes back with the same unlock" {
+    must clissh unlock port "$port"
+    listener=$(listener_of "$port")
+    [ "${listener:-1}" -gt 1 ] || skip 'the system does not tell which process listens'
+    kill -KILL "$listener"
+    wait_until closed_on "$port"
+    must clissh unlock port "$port"
+    open_on "$port"
+}
+
+# How long a run takes here and now; fixed moments would all fall into its beginning on a slow machine.
+measure() { # VORMA-WORDS...
+    local begin=${EPOCHREALTIME/./}
+    must "$@"
+    took=$((${EPOCHREALTIME/./} - begin))
+}
+kill_at() { # PERCENT VORMA-WORDS...
+    local moment=$((took * $1 / 100))
+    env -i PATH=/usr/bin:/bin setsid "${call[@]}" "${@:2}" </dev/null >/dev/null 2>&1 3>&- &
+    sleep "$((moment / 1000000)).$(printf %06d $((moment % 1000000)))"
+    kill -KILL -- "-$!" 2>/dev/null || true
+    wait $! 2>/dev/null || true
 }
 
 @test "a run that is killed keeps no later run from succeeding, and leaves the other door open" {
     must netconfssh unlock port "$other_port"
-    for milliseconds in 0 5 10 15 20 30 40; do
-        env -i PATH=/usr/bin:/bin setsid "${call[@]}" clissh unlock port "$port" </dev/null >/dev/null 2>&1 3>&- &
-        sleep "0.$(printf %03d $milliseconds)"
-        kill -KILL -- "-$!" 2>/dev/null || true
-        wait $! 2>/dev/null || true
+    measure clissh unlock port "$port"
+    must clissh lock
+    # Near the end more than once: what is written down last is written there.
+    for percent in 0 15 30 45 60 70 80 85 90 95 100; do
+        kill_at $percent clissh unlock port "$port"
         open_on "$other_port"
         must clissh unlock port "$port"
         open_on "$port"
+        must clissh lock
+        closed_on "$port"
+    done
+}
+
+@test "a lock or a batch that is killed keeps no later run from succeeding, and both doors reachable" {
+    knows 7
+    must netconfssh unlock port "$other_port"
+    must clissh unlock port "$port"
+    measure ssh --ciphers "$other_cipher"
+    for percent in 20 50 70 80 90 95; do
+        must ssh --ciphers "$cipher"
+        kill_at $percent ssh --ciphers "$other_cipher"
+        must ssh --ciphers "$other_cipher"
+        for at in "$port" "$other_port"; do
+            open_on "$at"
+            turned_away "$at" "Ciphers=$cipher"
+        done
+    done
+    measure clissh lock
+    for percent in 20 50 80 95; do
+        must clissh unlock port "$port"
+        kill_at $percent clissh lock
+        open_on "$other_port"
         must clissh lock
         closed_on "$port"
     done

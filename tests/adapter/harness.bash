@@ -37,6 +37,7 @@ add_setting() { printf '%s\n' "$@" >>"$scripts/vorma.conf"; }
 
 # After every test: what the adapter started it can stop, and nothing of the test is left.
 clear_stage() {
+    end_nuisances
     for pid in $(processes_of "$BATS_TEST_TMPDIR/state"); do kill -TERM "$pid"; done
     wait_until no_process_of "$BATS_TEST_TMPDIR" || { processes_of "$BATS_TEST_TMPDIR" >&2; return 1; }
     no_candidates_left
@@ -46,13 +47,13 @@ no_candidates_left() {
     [ ! -d "$state/new" ] || [ -n "${candidates_expected-}" ] || [ -z "$(ls -A "$state/new")" ]
 }
 
-# By find: bats stops at every command of a loop, and the loop would be one over all processes.
+# By find: bats stops at every command of a loop, and the loop would be one over all processes. Tests have copies of sshd, too.
 processes_of() { # DIRECTORY: each sshd that has it in its command line
     local exe words
     while read -r exe; do
         { words=$(tr '\0' ' ' <"${exe%exe}cmdline"); } 2>/dev/null || continue
         [[ $words != *"$1/"* ]] || basename "${exe%/exe}"
-    done < <(find -L /proc/[0-9]*/exe -maxdepth 0 -samefile "$SSHD" 2>/dev/null)
+    done < <(find /proc/[0-9]*/exe -maxdepth 0 \( -lname "$(readlink -f "$SSHD")*" -o -lname "$BATS_TEST_TMPDIR/sshd*" \) 2>/dev/null)
 }
 no_process_of() { [ -z "$(processes_of "$1")" ]; }
 
@@ -63,6 +64,12 @@ adapter() {
     env -i PATH=/usr/bin:/bin setsid -w "$scripts/vorma" "$@" </dev/null
 }
 vorma() { run --separate-stderr adapter "$@"; }
+
+# The caller kills at 30 s; the adapter wants to be through before.
+vorma_in_time() {
+    run --separate-stderr timeout -s KILL 25 env -i PATH=/usr/bin:/bin setsid -w "$scripts/vorma" "$@" </dev/null
+}
+
 given() { adapter "$@" || { echo "given: vorma $* ended with $?" >&2; return 1; }; }
 
 expect_done() { [ "$status" -eq 0 ] || { echo "exit $status: $stderr" >&2; return 1; }; [ -z "$output$stderr" ]; }
@@ -150,11 +157,68 @@ occupy() { # PORT
 
 # An sshd that is the real one, but for what happens right after it was asked about the file of a door.
 spoil_after_question() { # DOOR COMMAND
-    cat >"$BATS_TEST_TMPDIR/sshd" <<TEXT
-#!/bin/sh
-case " \$* " in *" -T "*/new/$1.conf*) "$SSHD" "\$@"; result=\$?; $2; exit \$result ;; esac
-exec "$SSHD" "\$@"
-TEXT
-    chmod 755 "$BATS_TEST_TMPDIR/sshd"
-    add_setting "SSHD=$BATS_TEST_TMPDIR/sshd"
+    replace_sshd "case \" \$* \" in *\" -T \"*/new/$1.conf*) \"$SSHD\" \"\$@\"; result=\$?; $2; exit \$result ;; esac"
+}
+
+# A script in place of sshd, which ends by becoming the real one. In place of another such script, which may be running.
+replace_sshd() { # SCRIPT
+    printf '%s\n' '#!/bin/sh' "$1" "exec \"$SSHD\" \"\$@\"" >"$BATS_TEST_TMPDIR/sshd.new"
+    chmod 755 "$BATS_TEST_TMPDIR/sshd.new"
+    mv "$BATS_TEST_TMPDIR/sshd.new" "$BATS_TEST_TMPDIR/sshd"
+    grep -qx "SSHD=$BATS_TEST_TMPDIR/sshd" "$scripts/vorma.conf" || add_setting "SSHD=$BATS_TEST_TMPDIR/sshd"
+}
+restore_sshd() { replace_sshd :; }
+
+# --- what gets in the way ---
+
+# The program "nuisance" tells what there is.
+nuisance() { # WORDS...
+    local said=$BATS_TEST_TMPDIR/nuisance.${#nuisances[@]}
+    "$BATS_TEST_DIRNAME/nuisance" "$@" </dev/null >"$said" 3>&- &
+    nuisances+=($!)
+    wait_until [ -s "$said" ]
+}
+nuisances=()
+
+# Also what a script in place of sshd has started: it writes the number to a file.
+end_nuisances() {
+    local pid
+    while read -r pid; do
+        ! grep -qsE 'nuisance|600' "/proc/$pid/cmdline" || kill -KILL "$pid"
+    done < <(cat "$BATS_TEST_TMPDIR"/*.started 2>/dev/null)
+    for pid in "${nuisances[@]}"; do
+        kill -KILL "$pid" 2>/dev/null || true
+        wait "$pid" 2>/dev/null || true
+    done
+    nuisances=()
+}
+
+# The new file of the door includes one more, of which sshd never sees the end when it reads it again: so the adapter is caught while it
+# waits for a listener that has its new file and no port any more.
+hold_reload() { # DOOR KEY
+    : >"$BATS_TEST_TMPDIR/held"
+    echo "Include $BATS_TEST_TMPDIR/held" >"$BATS_TEST_TMPDIR/holding"
+    add_setting "$2=$BATS_TEST_TMPDIR/holding"
+    spoil_after_question "$1" "rm '$BATS_TEST_TMPDIR/held'; mkfifo '$BATS_TEST_TMPDIR/held'"
+}
+release_reload() {
+    rm "$BATS_TEST_TMPDIR/held"
+    : >"$BATS_TEST_TMPDIR/held"
+    restore_sshd
+}
+
+# A run that is killed with its whole group once the condition holds.
+kill_when() { # CONDITION VORMA-WORDS...
+    setsid env -i PATH=/usr/bin:/bin "$scripts/vorma" "${@:2}" </dev/null >/dev/null 2>&1 3>&- &
+    local group=$!
+    wait_until eval "$1"
+    kill -KILL -- "-$group"
+    wait "$group" || true
+}
+
+# What a script in place of sshd has started, and written down.
+none_of_started_left() {
+    [ -s "$BATS_TEST_TMPDIR/hanging.started" ] || return
+    local pid
+    while read -r pid; do ! kill -0 "$pid" 2>/dev/null || return; done <"$BATS_TEST_TMPDIR/hanging.started"
 }
