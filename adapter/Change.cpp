@@ -80,6 +80,7 @@ void Change::make(const State& before, State after, const std::vector<std::size_
 void Change::refuse(const std::exception& failure) const {
     const std::string why = std::string(failure.what()) + "; nothing was changed, ";
     giveUp(_store);
+    noteAll(failure.what());
     for (const Step& step : _steps) {
         const auto complaint = _complaints.find(step.door.index());
         if (complaint != _complaints.end()) {
@@ -107,8 +108,12 @@ void Change::carryOut(const State& before) {
     } catch (const std::exception& failure) {
         goBack(before, current, failure.what());
     }
+    noteAll("");
+}
+
+void Change::noteAll(const std::string& failure) const {
     for (const Step& step : _steps) {
-        _store.note(step.door.index(), "");
+        _store.note(step.door.index(), failure);
     }
 }
 
@@ -280,10 +285,14 @@ void Change::apply(Step& step) const {
     step.door.serve(step.asked, step.fileChanges(), _forward);
 }
 
-bool Change::isTaken(const Step& step) const {
-    return std::any_of(step.asked.begin(), step.asked.end(), [&step](const Endpoint& endpoint) {
-        return !contains(step.held, endpoint) && errorOfBinding(endpoint) == EADDRINUSE;
-    });
+bool Change::isTaken(const Step& step) {
+    try {
+        return std::any_of(step.asked.begin(), step.asked.end(), [&step](const Endpoint& endpoint) {
+            return !contains(step.held, endpoint) && errorOfBinding(endpoint) == EADDRINUSE;
+        });
+    } catch (const std::system_error&) {
+        return false;  // it is not known why; that it was rolled back is
+    }
 }
 
 void Change::goBack(const State& before, const Step* failed, const std::string& failure) const {
@@ -299,18 +308,17 @@ void Change::goBack(const State& before, const Step* failed, const std::string& 
             }
         }
         _store.folder.sync();
-        giveUp(_store);
-        if (failed != nullptr && failed->after != failed->before && isTaken(*failed)) {
-            code = Exit::Taken;
-            blame = failed->door.name() + ": port " + std::to_string(failed->after.value_or(0)) + " is taken";
-        }
     } catch (const std::exception& further) {
+        noteAll(blame + "; and the old state could not be put back: " + further.what());
         throw Refusal(Exit::Lost, blame + "; and the old state could not be put back (" + further.what() +
                                       "): " + inForce(_store, _configuration));
     }
-    for (const Step& step : _steps) {
-        _store.note(step.door.index(), blame);
+    giveUp(_store);
+    if (failed != nullptr && failed->after != failed->before && isTaken(*failed)) {
+        code = Exit::Taken;
+        blame = failed->door.name() + ": port " + std::to_string(failed->after.value_or(0)) + " is taken";
     }
+    noteAll(blame);
     throw Refusal(code, blame + "; the old state is back in force");
 }
 

@@ -61,7 +61,8 @@ private:
     void apply(Step& step) const;
     [[noreturn]] void refuse(const std::exception& failure) const;
     [[noreturn]] void goBack(const State& before, const Step* failed, const std::string& failure) const;
-    bool isTaken(const Step& step) const;
+    static bool isTaken(const Step& step);
+    void noteAll(const std::string& failure) const;
 
     const Store& _store;
     const Configuration& _configuration;
