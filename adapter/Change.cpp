@@ -71,20 +71,25 @@ void Change::make(const State& before, State after, const std::vector<std::size_
         _store.abandon();
         prepare(after);
     } catch (const std::exception& failure) {
-        refuse(failure);
+        refuse(failure, before);
     }
     carryOut(before);
 }
 
-/** Nothing was touched. */
-void Change::refuse(const std::exception& failure) const {
+/** Nothing was touched. That the old state is in force is said only when it was seen. */
+void Change::refuse(const std::exception& failure, const State& before) const {
     const std::string why = std::string(failure.what()) + "; nothing was changed, ";
     giveUp(_store);
     noteAll(failure.what());
-    for (const Step& step : _steps) {
-        const auto complaint = _complaints.find(step.door.index());
+    for (std::size_t index = 0; index < doorCount; ++index) {
+        const auto complaint = _complaints.find(index);
         if (complaint != _complaints.end()) {
-            throw Refusal(Exit::Lost, why + "but the old state is not in force either: " + complaint->second);
+            throw Refusal(Exit::Lost, why + "but the old state is not in force either: " + complaint->second + ": " +
+                                          inForce(_store, _configuration));
+        }
+        if (!isInLine(_store, Door(index, _store, _configuration.sshd), before)) {
+            throw Refusal(Exit::Lost,
+                          why + "but the old state is not in force either: " + inForce(_store, _configuration));
         }
     }
     throw Refusal(codeOf(failure), why + "the old state is in force");
@@ -103,6 +108,9 @@ void Change::carryOut(const State& before) {
         }
         current = nullptr;
         _store.commit();
+        for (const Step& step : _steps) {
+            _store.settleDebt(step.door.index());
+        }
     } catch (const NotDurable&) {
         throw;
     } catch (const std::exception& failure) {
@@ -129,7 +137,7 @@ void Change::plan(const State& before, const State& after, const std::vector<std
 
 bool Change::isIdle(const Step& step) {
     if (!step.after) {
-        return !step.before && !step.inPlace;
+        return !step.before && !step.inPlace;  // and of its pid file restoreAll() has seen to it
     }
     return step.before == step.after && !step.fileChanges() && step.door.listenerOn(*step.after);
 }
@@ -282,7 +290,7 @@ void Change::apply(Step& step) const {
             _store.candidates.rename(file, _store.folder, file);
         }
     }
-    step.door.serve(step.asked, step.fileChanges(), _forward);
+    step.door.serve(step.asked, step.fileChanges(), Unproven::Ends, _forward);
 }
 
 bool Change::isTaken(const Step& step) {

@@ -59,7 +59,7 @@ private:
     void judge(Step& step, const State& after) const;
     void expectFree(const Step& step) const;
     void apply(Step& step) const;
-    [[noreturn]] void refuse(const std::exception& failure) const;
+    [[noreturn]] void refuse(const std::exception& failure, const State& before) const;
     [[noreturn]] void goBack(const State& before, const Step* failed, const std::string& failure) const;
     static bool isTaken(const Step& step);
     void noteAll(const std::string& failure) const;

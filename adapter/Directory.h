@@ -38,7 +38,8 @@ public:
     /** A new file of mode 0600 in place of any that was there; not yet on the disk. */
     Tul::Descriptor write(const std::string& name, const std::string& text) const;
 
-    /** Opens a file for reading and writing, and makes it when it is not there. */
+    /** Opens a file for reading and writing, and makes it when it is not there. Here a link is a std::system_error.
+     */
     Tul::Descriptor openOrMake(const std::string& name) const;
 
     void rename(const std::string& name, const Directory& to, const std::string& newName) const;

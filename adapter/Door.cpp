@@ -1,6 +1,7 @@
 #include "Door.h"
 
 #include <fcntl.h>
+#include <poll.h>
 #include <signal.h>
 
 #include <algorithm>
@@ -147,12 +148,18 @@ std::optional<Listener> Door::one(const Deadline& deadline) const {
     return std::move(listener);
 }
 
-void Door::serve(const std::vector<Endpoint>& endpoints, bool reload, const Deadline& deadline) const {
+void Door::serve(const std::vector<Endpoint>& endpoints, bool reload, Unproven unproven,
+                 const Deadline& deadline) const {
     if (std::optional<Listener> listener = one(deadline)) {
         try {
             bringUp(*listener, endpoints, reload, deadline);
             return;
+        } catch (const NoGreeting&) {
+            throw;
         } catch (const DoorFailure&) {
+            if (deadline.hasPassed()) {
+                throw;
+            }
             stop(*listener, deadline);  // it hangs, or has ended
         }
     }
@@ -160,8 +167,11 @@ void Door::serve(const std::vector<Endpoint>& endpoints, bool reload, const Dead
     try {
         bringUp(listener, endpoints, false, deadline);
     } catch (const std::exception&) {
-        end(listener, deadline);
-        ::kill(-listener.pid(), SIGKILL);  // a script in place of sshd may have left a child in the session it leads
+        if (unproven == Unproven::Ends) {
+            end(listener, deadline);
+            ::kill(-listener.pid(),
+                   SIGKILL);  // a script in place of sshd may have left a child in the session it leads
+        }
         throw;
     }
 }
@@ -219,15 +229,19 @@ Listener Door::start() const {
 }
 
 void Door::expectGreeting(const Endpoint& endpoint, const Deadline& deadline) const {
-    // A listener that cannot fork for a moment accepts and lets go.
-    constexpr int attempts = 10;
-    Answer answer = Answer::Refusal;
-    for (int i = 0; i < attempts && answer == Answer::Refusal && !deadline.hasPassed(); ++i) {
+    Answer answer = ask(endpoint, deadline);
+    while (answer == Answer::Refusal && !deadline.hasPassed()) {
+        // A listener that cannot fork for a moment accepts and lets go. Nothing tells when it can again.
+        poll(nullptr, 0, deadline.within(Limits::withoutEvent).milliseconds());
         answer = ask(endpoint, deadline);
     }
     // So many clients wait that there is no room for us. The listener is there, and works its way through them.
     if (answer != Answer::Greeting && answer != Answer::Queue) {
-        throw DoorFailure("its port " + std::to_string(endpoint.port) + " does not answer");
+        const std::string why = "its port " + std::to_string(endpoint.port) + " does not answer";
+        if (answer == Answer::Refusal) {
+            throw NoGreeting(why);
+        }
+        throw DoorFailure(why);
     }
 }
 

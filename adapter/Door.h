@@ -20,6 +20,15 @@ public:
     using std::runtime_error::runtime_error;
 };
 
+/** Its listener listens, and a client got no greeting: to end it would only close the door. */
+class NoGreeting : public DoorFailure {
+public:
+    using DoorFailure::DoorFailure;
+};
+
+/** What becomes of a listener that was started and did not come up in time: on the way back it may still do so. */
+enum class Unproven { Ends, Stays };
+
 /** A door as it is: its file in the store, and the listener behind it. Failures to do are DoorFailures. */
 class Door {
 public:
@@ -40,7 +49,8 @@ public:
     std::optional<Listener> listenerOn(int port) const;
 
     /** One listener serves the door at all the endpoints, seen. Reload: also when one does so already. */
-    void serve(const std::vector<Endpoint>& endpoints, bool reload, const Tul::Deadline& deadline) const;
+    void serve(const std::vector<Endpoint>& endpoints, bool reload, Unproven unproven,
+               const Tul::Deadline& deadline) const;
 
     /** No listener is left, its file is gone, and nobody listens at the endpoints where it was. One may be known. */
     void close(const std::optional<Listener>& known, const std::vector<Endpoint>& endpoints,

@@ -71,8 +71,7 @@ bool isBeingReplaced(pid_t pid) {
 
 /** Nothing when the process has ended. To take a moment without words for an answer would be to overlook a listener.
  */
-std::optional<std::string> commandLineOf(pid_t pid) {
-    const Deadline deadline(Limits::withoutWords);
+std::optional<std::string> commandLineOf(pid_t pid, const Deadline& deadline) {
     bool mayStillCome = true;
     for (;;) {
         std::optional<std::string> words = readOf(pid, "cmdline");
@@ -152,12 +151,19 @@ bool namesFile(std::string_view commandLine, const std::string& file) {
     std::replace(words.begin(), words.end(), '\0', ' ');
     words += ' ';
     const auto has = [&words](const std::string& word) { return words.find(" " + word + " ") != std::string::npos; };
-    // A new session of sshd shows for a moment the words of the listener, and -R; who only asks sshd says -T or -t.
-    return has("-f " + file) && !has("-R") && !has("-T") && !has("-t");
+    // A new session of sshd shows for a moment the words of the listener, and -R; who only asks sshd says -T, -t or
+    // -G.
+    const bool isSshd =
+        words.starts_with("sshd: ") || words.substr(0, words.find(' ')).ends_with("sshd") || has("-D -f " + file);
+    return isSshd && has("-f " + file) && !has("-R") && !has("-T") && !has("-t") && !has("-G");
 }
 
 std::optional<Listener> Listener::lookAt(pid_t pid, const std::string& file) {
-    const std::optional<std::string> before = commandLineOf(pid);
+    return lookAt(pid, file, Deadline(Limits::withoutWords));
+}
+
+std::optional<Listener> Listener::lookAt(pid_t pid, const std::string& file, const Deadline& deadline) {
+    const std::optional<std::string> before = commandLineOf(pid, deadline);
     if (!before || !namesFile(*before, file)) {
         return std::nullopt;
     }
@@ -167,7 +173,7 @@ std::optional<Listener> Listener::lookAt(pid_t pid, const std::string& file) {
     }
     Listener listener(pid, Descriptor(succeeding("a process cannot be watched", [pidfd] { return pidfd; })));
     // Only now is it certain that what is read is of the process that the descriptor holds.
-    const std::optional<std::string> words = commandLineOf(pid);
+    const std::optional<std::string> words = commandLineOf(pid, deadline);
     if (!words || !namesFile(*words, file) || !listener.readStatus() || listener._user != geteuid()) {
         return std::nullopt;
     }
@@ -185,9 +191,10 @@ std::optional<Listener> Listener::ofChild(pid_t pid) {
 }
 
 std::vector<Listener> Listener::find(const std::string& file) {
+    const Deadline deadline(Limits::withoutWords);  // for all of them together
     std::vector<Listener> found;
     const bool mounted = eachNumber("/proc", [&](long long pid) {
-        if (auto listener = lookAt(static_cast<pid_t>(pid), file)) {
+        if (auto listener = lookAt(static_cast<pid_t>(pid), file, deadline)) {
             found.push_back(std::move(*listener));
         }
     });

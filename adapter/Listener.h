@@ -59,6 +59,7 @@ public:
 private:
     Listener(pid_t pid, Tul::Descriptor pidfd) : _pid(pid), _pidfd(std::move(pidfd)) {}
 
+    static std::optional<Listener> lookAt(pid_t pid, const std::string& file, const Tul::Deadline& deadline);
     bool readStatus();
     void readSockets();
 

@@ -1,6 +1,7 @@
 #include "Restoring.h"
 
 #include <algorithm>
+#include <cerrno>
 
 #include "DoorFile.h"
 #include "Limits.h"
@@ -76,6 +77,20 @@ std::vector<Endpoint> endpointsOf(const OldFile& old) {
     return endpoints;
 }
 
+/** A live listener is not told to go where it could not listen. */
+void expectFree(const Door& door, const std::vector<Endpoint>& endpoints) {
+    const std::vector<Listener> own = door.listeners();
+    for (const Endpoint& endpoint : endpoints) {
+        const bool held = std::any_of(own.begin(), own.end(), [&endpoint](const Listener& listener) {
+            return std::any_of(listener.sockets().begin(), listener.sockets().end(),
+                               [&endpoint](const ListeningSocket& one) { return one.endpoint.overlaps(endpoint); });
+        });
+        if (held ? door.stranger({endpoint}).has_value() : errorOfBinding(endpoint) == EADDRINUSE) {
+            throw DoorFailure("port " + std::to_string(endpoint.port) + " is taken");
+        }
+    }
+}
+
 void restore(const Store& store, const Configuration& configuration, const Door& door, const State& state,
              bool concerned, const Deadline& deadline) {
     shedTheCaller();
@@ -85,44 +100,63 @@ void restore(const Store& store, const Configuration& configuration, const Door&
     }
     const OldFile old(store, configuration, door, state);
     const std::vector<Endpoint> endpoints = admitted(configuration, old, deadline);
-    if (door.stranger(endpoints)) {
-        throw DoorFailure("port " + std::to_string(old.port()) + " is taken");
-    }
+    expectFree(door, endpoints);
     const bool changed = old.putInPlace();
-    door.serve(endpoints, concerned || changed, deadline);
+    door.serve(endpoints, concerned || changed, Unproven::Stays, deadline);
 }
 
 /** Whether the change that was cut short may have touched the door. */
 bool isConcerned(const Store& store, const Door& door, const State& state) {
-    return store.cutShortAt() && (!state.ports[door.index()] || store.candidates.has(Store::oldFileOf(door.index())));
+    return store.owes(door.index()) || (store.cutShortAt() && (!state.ports[door.index()] ||
+                                                               store.candidates.has(Store::oldFileOf(door.index()))));
 }
 
-/** What fails is tried once more: a call that failed need not fail again, and the other door's run is no reason to
- * wait. */
+/** Whatever has become of its listener, its file is the old one again, and the door is tried anew by every run. */
+void remember(const Store& store, const Configuration& configuration, const Door& door, const State& state) {
+    try {
+        if (state.ports[door.index()]) {
+            OldFile(store, configuration, door, state).putInPlace();
+        }
+        store.owe(door.index());
+    } catch (const std::exception&) {
+        // No room for a mark: then the missing file of a door that is to be open is one.
+        if (state.ports[door.index()]) {
+            store.folder.remove(door.file());
+        }
+    }
+}
+
+/**
+ * What fails is tried once more: a call that failed need not fail again, and the next run may be far. What comes out
+ * is the complaint.
+ */
 std::optional<std::string> restoreOrComplain(const Store& store, const Configuration& configuration, const Door& door,
                                              const State& state, bool concerned, const Deadline& deadline) {
     constexpr int attempts = 2;
     std::string complaint;
-    for (int i = 0; i < attempts; ++i) {
+    for (int i = 0; i < attempts && (i == 0 || !deadline.hasPassed()); ++i) {
         try {
             restore(store, configuration, door, state, concerned, deadline);
+            store.settleDebt(door.index());
             return std::nullopt;
         } catch (const std::exception& failure) {
             complaint = door.name() + ": " + failure.what();
         }
     }
-    // Without its file the door is not in line, and every later run tries it again.
-    store.folder.remove(door.file());
+    remember(store, configuration, door, state);
     return complaint;
 }
 
 }  // namespace
 
-bool isInLine(const Door& door, const State& state) {
+bool isInLine(const Store& store, const Door& door, const State& state) {
     const std::optional<int> port = state.ports[door.index()];
     const std::optional<std::string> text = door.text();
+    if (store.owes(door.index())) {
+        return false;
+    }
     if (!port) {
-        return !text;
+        return !text && !store.folder.has(Store::pidFileOf(door.index()));
     }
     return text && DoorFile::portIn(*text) == port && door.listenerOn(*port);
 }
@@ -134,7 +168,7 @@ Complaints restoreAll(const Store& store, const Configuration& configuration, co
     for (std::size_t index = 0; index < doorCount; ++index) {
         const Door door(index, store, configuration.sshd);
         const bool concerned = isConcerned(store, door, state);
-        if (concerned || !isInLine(door, state)) {
+        if (concerned || !isInLine(store, door, state)) {
             const auto complaint = restoreOrComplain(store, configuration, door, state, concerned, deadline);
             if (complaint) {
                 complaints[index] = *complaint;
@@ -160,7 +194,7 @@ void putBack(const Store& store, const Configuration& configuration, const Door&
     const OldFile old(store, configuration, door, state);
     old.putInPlace();
     const bool wasThere = !held.empty() && held.front().port == old.port();
-    door.serve(wasThere ? held : endpointsOf(old), true, deadline);
+    door.serve(wasThere ? held : endpointsOf(old), true, Unproven::Stays, deadline);
 }
 
 std::string inForce(const Store& store, const Configuration& configuration) {

@@ -25,7 +25,7 @@ void putBack(const Store& store, const Configuration& configuration, const Door&
              const std::vector<Endpoint>& held, const Tul::Deadline& deadline);
 
 /** A quick look: nothing is left to do for the door. */
-bool isInLine(const Door& door, const State& state);
+bool isInLine(const Store& store, const Door& door, const State& state);
 
 /** What the doors' listeners really do, in a few words. */
 std::string inForce(const Store& store, const Configuration& configuration);

@@ -165,12 +165,16 @@ std::string status(const Configuration& configuration, bool json) {
     const std::optional<State> state = folder ? Store::readState(*folder) : std::nullopt;
     const State known = state.value_or(State());
     Json facts;
-    facts["state"] = state || !folder ? "sound" : "damaged or lost";
+    facts["state"] = state ? "sound" : folder ? "damaged or lost" : "not written yet";
     facts["change"] = changeIn(looked);
     for (std::size_t door = 0; door < doorCount; ++door) {
-        facts[doorRows[door].name] = DoorStatus(door, configuration, looked, known).tell();
+        Json& told = facts[doorRows[door].name] = DoorStatus(door, configuration, looked, known).tell();
+        if (folder && !state) {
+            told["wanted"] = "unknown";
+            told["differs"] = "the state is damaged or lost";
+        }
     }
-    facts["settings"] = settingsOf(known);
+    facts["settings"] = state || !folder ? settingsOf(known) : Json("unknown");
     return json ? facts.dump(2, ' ', true, Json::error_handler_t::replace) + "\n" : flat(facts);
 }
 

@@ -11,6 +11,7 @@
 #include <system_error>
 
 #include "Careless.h"
+#include "Listener.h"
 #include "Refusal.h"
 #include "SystemCall.h"
 #include "Text.h"
@@ -149,7 +150,7 @@ Found Store::load() const {
     const std::optional<std::string> text = folder.read(stateName);
     if (const auto state = text ? State::read(*text, folder.pathOf(stateName)) : std::nullopt) {
         if (folder.read(copyName) != text) {
-            mendCopy(*state);
+            mendCopy(*text);
         }
         return {*state, true};
     }
@@ -171,13 +172,21 @@ State Store::beginAnew() const {
                                        "anew stop their listeners and remove " +
                                        folder.pathOf(""));
     }
-    State closed;
-    begin(closed);
+    State found;
+    for (std::size_t door = 0; door < doorCount; ++door) {
+        // Of a store that was lost: what still serves is open, and can be locked.
+        for (const Listener& listener : Listener::find(folder.pathOf(fileOf(door)))) {
+            if (!listener.sockets().empty()) {
+                found.ports[door] = listener.sockets().front().endpoint.port;
+            }
+        }
+    }
+    begin(found);
     commit();
     for (std::size_t door = 0; door < doorCount; ++door) {
         note(door, "");
     }
-    return closed;
+    return found;
 }
 
 void Store::begin(const State& next) const {
@@ -193,14 +202,14 @@ void Store::commit() const {
     // From here on the change has been made, whatever else fails.
     try {
         candidates.rename(copyName, folder, copyName);
-    } catch (const std::system_error&) {
+    } catch (const std::exception&) {
         // The state itself is safe; the next run mends the copy.
     }
     try {
         if constexpr (careless != Careless::SyncsNoDirectory) {
             folder.sync();
         }
-    } catch (const std::system_error& error) {
+    } catch (const std::exception& error) {
         throw NotDurable(error.what());
     }
     tidy();
@@ -210,6 +219,18 @@ void Store::abandon() const {
     // First of all: as long as it is there, the change counts as cut short.
     candidates.remove(stateName);
     tidy();
+}
+
+bool Store::owes(std::size_t door) const {
+    return candidates.has(owedFileOf(door));
+}
+
+void Store::owe(std::size_t door) const {
+    candidates.write(owedFileOf(door), "");
+}
+
+void Store::settleDebt(std::size_t door) const {
+    discard(owedFileOf(door));
 }
 
 void Store::tidy() const {
@@ -225,13 +246,13 @@ void Store::tidy() const {
 void Store::discard(const std::string& name) const {
     try {
         candidates.remove(name);
-    } catch (const std::system_error&) {
+    } catch (const std::exception&) {
     }
 }
 
-void Store::mendCopy(const State& state) const {
+void Store::mendCopy(const std::string& text) const {
     try {
-        sync(candidates.write(copyName, state.text()), candidates.pathOf(copyName));
+        sync(candidates.write(copyName, text), candidates.pathOf(copyName));
         candidates.rename(copyName, folder, copyName);
         folder.sync();
     } catch (const std::system_error&) {
@@ -245,7 +266,7 @@ void Store::note(std::size_t door, const std::string& failure) const {
         text.resize(failureSize - 1, ' ');
         const Descriptor file = folder.openOrMake(failureFileOf(door));
         writeAll(file, text + "\n", folder.pathOf(failureFileOf(door)));
-    } catch (const std::system_error&) {
+    } catch (const std::exception&) {
         // It is for who asks for the status. What happened to the doors is said by the run itself.
     }
 }

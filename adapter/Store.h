@@ -27,7 +27,8 @@ struct Found {
  *     DOOR.failure        why the latest run did not get what it wanted of the door; as long as it will ever be, and
  *                         overwritten in place, so that it needs no room on the disk
  *     new/                candidates. new/state, the state to be, means that a change is under way or was cut short;
- *                         new/DOOR.old is then the very file that was in force before it
+ *                         new/DOOR.old is then the very file that was in force before it. new/DOOR.owed means
+ *                         that the door could not be brought in line
  *     lock
  */
 class Store {
@@ -57,7 +58,15 @@ public:
     void tidy() const;
 
     /** A state.copy that differs from the state is written anew. No failure: the state is what counts. */
-    void mendCopy(const State& state) const;
+    void mendCopy(const std::string& text) const;
+
+    /**
+     * A door whose listener may not serve what its file says, because that could not be brought about: every run
+     * tries it again. The mark needs no room but a name.
+     */
+    bool owes(std::size_t door) const;
+    void owe(std::size_t door) const;
+    void settleDebt(std::size_t door) const;
 
     /** The text of the failure, empty: none; nobody fails because it cannot be written. */
     void note(std::size_t door, const std::string& failure) const;
@@ -67,6 +76,7 @@ public:
 
     static std::string fileOf(std::size_t door) { return std::string(doorRows[door].name) + ".conf"; }
     static std::string oldFileOf(std::size_t door) { return std::string(doorRows[door].name) + ".old"; }
+    static std::string owedFileOf(std::size_t door) { return std::string(doorRows[door].name) + ".owed"; }
     static std::string pidFileOf(std::size_t door) { return std::string(doorRows[door].name) + ".pid"; }
     static std::string failureFileOf(std::size_t door) { return std::string(doorRows[door].name) + ".failure"; }
 

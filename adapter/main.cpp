@@ -48,9 +48,9 @@ void carryOut(const Request& request, const Configuration& configuration) {
     Store store(configuration.stateDirectory);
     store.lock(forward.within(Limits::lock));
     const Found found = store.load();
-    // Of a state that may be old only the doors that are named are brought in line.
-    const Complaints complaints =
-        found.certain ? restoreAll(store, configuration, found.state, forward) : Complaints();
+    // Of a state that may be old only the doors that are named are brought in line, but for what was cut short.
+    const bool restores = found.certain || store.cutShortAt();
+    const Complaints complaints = restores ? restoreAll(store, configuration, found.state, forward) : Complaints();
     const bool look = !found.certain || request.kind == Request::Kind::Settle;
     Change(store, configuration, complaints, forward, whole)
         .make(found.state, request.applyTo(found.state), request.doors(), look);

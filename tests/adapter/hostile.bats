@@ -95,12 +95,29 @@ halt() { kill -STOP "$1" && wait_until is_stopped "$1"; }
     refuses "$other_port"
 }
 
-@test "when the store is removed under running listeners settle closes what nobody wants open" {
+@test "when the store is removed under running listeners what serves is adopted, and each door can be locked" {
+    open_both
+    rm -r "$state"
+    given netconfssh lock
+    refuses "$other_port"
+    greets "$port"
+    given clissh lock
+    refuses "$port"
     open_both
     rm -r "$state"
     given settle
-    refuses "$port"
-    refuses "$other_port"
+    both_greet
+    vorma status
+    grep -qx "clissh.wanted $port" <<<"$output"
+}
+
+@test "what only reads the file of a door is not its listener" {
+    open_both
+    tail -f "$state/clissh.conf" >/dev/null 3>&- &
+    other=$!
+    given clissh unlock port "$third_port"
+    given clissh lock
+    kill -0 "$other"
 }
 
 # --- ports ---

@@ -139,7 +139,7 @@ tells() { # LINE...
 }
 
 @test "status changes nothing and makes nothing" {
-    tells 'clissh.wanted closed' 'clissh.differs no' 'state sound'
+    tells 'clissh.wanted closed' 'clissh.differs no' 'state not written yet'
     [ ! -e "$state" ]
     open_both
     before=$(write_fingerprint)
