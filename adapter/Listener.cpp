@@ -80,7 +80,9 @@ std::optional<std::string> commandLineOf(pid_t pid, const Deadline& deadline) {
         }
         // They may have come just before this look: then they are read once more.
         mayStillCome = isBeingReplaced(pid);
-        sched_yield();
+        if (mayStillCome) {
+            sched_yield();  // not for each of the kernel's threads: on a busy machine it costs milliseconds
+        }
     }
 }
 
