@@ -113,11 +113,11 @@ halt() { kill -STOP "$1" && wait_until is_stopped "$1"; }
 
 @test "what only reads the file of a door is not its listener" {
     open_both
-    tail -f "$state/clissh.conf" >/dev/null 3>&- &
-    other=$!
+    setpriv --pdeathsig KILL tail -f "$state/clissh.conf" >/dev/null 2>&1 3>&- &
+    local reader=$!
     given clissh unlock port "$third_port"
     given clissh lock
-    kill -0 "$other"
+    kill "$reader"
 }
 
 # --- ports ---
