@@ -96,7 +96,8 @@ void Change::refuse(const std::exception& failure, const State& before) const {
 }
 
 bool Change::isDue(const State& before, const State& after) const {
-    return _look || before != after || !std::all_of(_steps.begin(), _steps.end(), isIdle);
+    return _look || before != after ||
+           !std::all_of(_steps.begin(), _steps.end(), [this](const Step& step) { return isIdle(step); });
 }
 
 void Change::carryOut(const State& before) {
@@ -135,11 +136,10 @@ void Change::plan(const State& before, const State& after, const std::vector<std
     }
 }
 
-bool Change::isIdle(const Step& step) {
-    if (!step.after) {
-        return !step.before && !step.inPlace;  // and of its pid file restoreAll() has seen to it
-    }
-    return step.before == step.after && !step.fileChanges() && step.door.listenerOn(*step.after);
+/** restoreAll() has just seen to it that the doors are in line, and complains of those that are not. */
+bool Change::isIdle(const Step& step) const {
+    const bool fileStays = step.after ? !step.fileChanges() : !step.inPlace;
+    return step.before == step.after && fileStays && !_complaints.contains(step.door.index());
 }
 
 void Change::prepare(const State& after) {

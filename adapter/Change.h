@@ -50,7 +50,7 @@ private:
     void plan(const State& before, const State& after, const std::vector<std::size_t>& doors);
     bool isDue(const State& before, const State& after) const;
     void carryOut(const State& before);
-    static bool isIdle(const Step& step);
+    bool isIdle(const Step& step) const;
     void prepare(const State& after);
     void refuseCommonPorts(const State& after) const;
     void ask(Step& step) const;
