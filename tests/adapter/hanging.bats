@@ -6,12 +6,6 @@ setup_file() { make_keys; }
 setup() { set_stage; free_port port; free_port other_port; }
 teardown() { clear_stage; }
 
-open_both() {
-    given clissh unlock port "$port"
-    given netconfssh unlock port "$other_port"
-}
-both_greet() { greets "$port" && greets "$other_port"; }
-
 # In place of a listener: it has its words and its port, accepts, and greets nobody.
 mute_listener() { # PORT
     nuisance mute "$1" "$SSHD -D -f $state/clissh.conf"

@@ -130,6 +130,13 @@ login() { # PORT [OPTION...] COMMAND
     "${ssh_client[@]}" -n -o LogLevel=ERROR -i "$BATS_FILE_TMPDIR/client_key" -p "$port" "$(id -un)@127.0.0.1" "$@"
 }
 
+# Both doors, on the ports that the test has picked.
+open_both() {
+    given clissh unlock port "$port"
+    given netconfssh unlock port "$other_port"
+}
+both_greet() { greets "$port" && greets "$other_port"; }
+
 door_pid() { cat "$state/$1.pid"; }
 start_time() { cut -d' ' -f22 "/proc/$1/stat"; }
 

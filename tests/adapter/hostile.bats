@@ -6,12 +6,6 @@ setup_file() { make_keys; }
 setup() { set_stage; free_port port; free_port other_port; free_port third_port; }
 teardown() { clear_stage; }
 
-open_both() {
-    given clissh unlock port "$port"
-    given netconfssh unlock port "$other_port"
-}
-both_greet() { greets "$port" && greets "$other_port"; }
-
 is_stopped() { [[ $(cat "/proc/$1/stat") == *') T '* ]]; }
 halt() { kill -STOP "$1" && wait_until is_stopped "$1"; }
 

@@ -33,7 +33,6 @@ open_both() {
     given netconfssh unlock port "$other_port"
     given ssh --ipQos 10
 }
-both_greet() { greets "$port" && greets "$other_port"; }
 
 # --- a full disk, and a writer that takes every block that becomes free ---
 

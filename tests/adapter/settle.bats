@@ -11,7 +11,6 @@ open_both() {
     given netconfssh unlock port "$other_port"
     given ssh --ciphers aes256-ctr
 }
-both_greet() { greets "$port" && greets "$other_port"; }
 
 tells() { # LINE...
     local line

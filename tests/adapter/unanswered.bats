@@ -6,12 +6,6 @@ setup_file() { make_keys; }
 setup() { set_stage; free_port port; free_port other_port; }
 teardown() { clear_stage; }
 
-open_both() {
-    given clissh unlock port "$port"
-    given netconfssh unlock port "$other_port"
-}
-both_greet() { greets "$port" && greets "$other_port"; }
-
 @test "an sshd that thinks for three seconds is waited for" {
     replace_sshd 'case "$*" in *-T*) sleep 3 ;; esac'
     vorma_in_time clissh unlock port "$port"
