@@ -62,6 +62,8 @@ void MoStore::prepareFile() {
     }
     _commits = _database.execAndGet("SELECT ifnull(max(version), 0) FROM mo").getInt64();
     transaction.commit();
+    // A commit waits for the disk once, not three times. Only now: a file that is not ours stays as it was.
+    _database.exec("PRAGMA journal_mode = WAL");
 }
 
 /** A compiled statement in use. It is reset afterwards: a query that is left half-way would hold the database. */
