@@ -4,7 +4,6 @@
 #include <fcntl.h>
 #include <linux/inet_diag.h>
 #include <linux/netlink.h>
-#include <linux/sock_diag.h>
 #include <netinet/in.h>
 #include <sys/socket.h>
 
@@ -65,10 +64,10 @@ void addTable(const char* path, bool mayBeMissing, std::vector<ListeningSocket>&
     }
 }
 
-/** A question to the kernel for all that listens in one family of addresses. */
+/** A question to the kernel, in its first form: only that is answered for all families of addresses at once. */
 struct Question {
     nlmsghdr header;
-    inet_diag_req_v2 asked;
+    inet_diag_req asked;
 };
 
 ListeningSocket socketOf(const inet_diag_msg& told) {
@@ -105,14 +104,12 @@ bool takeAnswers(const char* block, std::size_t size, std::vector<ListeningSocke
     return false;
 }
 
-void askKernel(const Descriptor& kernel, int family, std::vector<ListeningSocket>& sockets) {
+void askKernel(const Descriptor& kernel, std::vector<ListeningSocket>& sockets) {
     constexpr unsigned listening = 1U << stateListening;
     Question question{};
     question.header.nlmsg_len = sizeof question;
-    question.header.nlmsg_type = SOCK_DIAG_BY_FAMILY;
+    question.header.nlmsg_type = TCPDIAG_GETSOCK;
     question.header.nlmsg_flags = NLM_F_REQUEST | NLM_F_DUMP;
-    question.asked.sdiag_family = static_cast<unsigned char>(family);
-    question.asked.sdiag_protocol = IPPROTO_TCP;
     question.asked.idiag_states = listening;
     Tul::succeeding(askingTheKernel, [&] { return send(kernel.number(), &question, sizeof question, 0); });
     for (bool done = false; !done;) {
@@ -130,8 +127,7 @@ bool askKernel(std::vector<ListeningSocket>& sockets) {
         return errno == EPROTONOSUPPORT || errno == EAFNOSUPPORT ? false : (fail(askingTheKernel), false);
     }
     try {
-        askKernel(kernel, AF_INET, sockets);
-        askKernel(kernel, AF_INET6, sockets);
+        askKernel(kernel, sockets);
     } catch (const std::system_error& error) {
         if (error.code().value() != ENOENT) {
             throw;

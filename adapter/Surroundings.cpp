@@ -92,9 +92,7 @@ void holdStandardStreams() {
 }
 
 void takeSignalsAfresh() {
-    for (int number = 1; number < NSIG; ++number) {
-        signal(number, SIG_DFL);
-    }
+    signal(SIGCHLD, SIG_DFL);  // ignored, the end of a child could not be waited for
     signal(SIGPIPE, SIG_IGN);
     signal(SIGXFSZ, SIG_IGN);
     sigset_t none;

@@ -6,7 +6,8 @@ namespace Vorma {
 /** Standard streams that the caller has closed lead nowhere, so that no file of ours gets their numbers. */
 void holdStandardStreams();
 
-/** No signal is blocked or ignored, but those that a write to a closed or full place would send. */
+/** None of the signals that the program lives by is blocked or ignored, but those of a write to a closed or full
+ * place. */
 void takeSignalsAfresh();
 
 /**
