@@ -268,10 +268,13 @@ void Door::stop(const Listener& listener, const Deadline& deadline) {
 void Door::close(const std::optional<Listener>& known, const std::vector<Endpoint>& endpoints,
                  const Deadline& deadline) const {
     if (known) {
-        stop(*known, deadline);
+        known->signal(SIGTERM);  // it ends while others are looked for
     }
     for (const Listener& listener : listeners()) {
         stop(listener, deadline);
+    }
+    if (known) {
+        stop(*known, deadline);
     }
     _store.folder.remove(file());
     _store.folder.remove(Store::pidFileOf(_index));

@@ -54,19 +54,22 @@ std::optional<std::string> readOf(pid_t pid, const char* name) {
     }
 }
 
-/**
- * Whether a process is just getting a new program, and has no words yet. One that has ended, or is the kernel's, has
- * no program; that of others is not told, and they are none of ours.
- */
-bool isBeingReplaced(pid_t pid) {
+/** What a process without words is. */
+enum class Wordless {
+    WithoutProgram, /**< it has ended, is the kernel's, or is somebody else's, whom we are not told of */
+    BeingReplaced,  /**< it is just getting a new program */
+    Settled,        /**< its words have come meanwhile, or it has none */
+};
+
+Wordless wordlessProcess(pid_t pid) {
     constexpr std::size_t endOfWords = 48;  // counted from the state; the kernel sets it last
     char program[1];
     if (readlink(("/proc/" + std::to_string(pid) + "/exe").c_str(), program, sizeof program) < 0) {
-        return false;
+        return Wordless::WithoutProgram;
     }
     const std::string status = readOf(pid, "stat").value_or("");
     const auto fields = partsOf(std::string_view(status).substr(status.rfind(')') + 1), ' ');
-    return fields.size() > endOfWords && fields[endOfWords] == "0";
+    return fields.size() > endOfWords && fields[endOfWords] == "0" ? Wordless::BeingReplaced : Wordless::Settled;
 }
 
 /** Nothing when the process has ended. To take a moment without words for an answer would be to overlook a listener.
@@ -78,8 +81,12 @@ std::optional<std::string> commandLineOf(pid_t pid, const Deadline& deadline) {
         if (!words || !words->empty() || !mayStillCome || deadline.hasPassed()) {
             return words;
         }
+        const Wordless process = wordlessProcess(pid);
+        if (process == Wordless::WithoutProgram) {
+            return words;
+        }
         // They may have come just before this look: then they are read once more.
-        mayStillCome = isBeingReplaced(pid);
+        mayStillCome = process == Wordless::BeingReplaced;
         if (mayStillCome) {
             sched_yield();  // not for each of the kernel's threads: on a busy machine it costs milliseconds
         }
