@@ -28,14 +28,6 @@ Exit codeOf(const std::exception& failure) {
     return refusal == nullptr ? Exit::Store : refusal->code();
 }
 
-std::vector<Endpoint> endpointsOf(const Listener& listener) {
-    std::vector<Endpoint> endpoints;
-    for (const ListeningSocket& socket : listener.sockets()) {
-        endpoints.push_back(socket.endpoint);
-    }
-    return endpoints;
-}
-
 /** As far as it can be told so: a change that seems cut short is put right by the next run, and nothing is lost. */
 void giveUp(const Store& store) {
     try {
@@ -44,15 +36,11 @@ void giveUp(const Store& store) {
     }
 }
 
-bool contains(const std::vector<Endpoint>& endpoints, const Endpoint& endpoint) {
-    return std::find(endpoints.begin(), endpoints.end(), endpoint) != endpoints.end();
-}
-
 }  // namespace
 
-Change::Change(const Store& store, const Configuration& configuration, const Complaints& complaints,
-               const Deadline& forward, const Deadline& whole)
-    : _store(store), _configuration(configuration), _complaints(complaints), _forward(forward), _whole(whole) {}
+Change::Change(const Store& store, const Configuration& configuration, Sight sight, const Deadline& forward,
+               const Deadline& whole)
+    : _store(store), _configuration(configuration), _sight(std::move(sight)), _forward(forward), _whole(whole) {}
 
 void Change::make(const State& before, State after, const std::vector<std::size_t>& doors, bool look) {
     _look = look;
@@ -68,7 +56,6 @@ void Change::make(const State& before, State after, const std::vector<std::size_
     }
     shedTheCaller();
     try {
-        _store.abandon();
         prepare(after);
     } catch (const std::exception& failure) {
         refuse(failure, before);
@@ -82,12 +69,13 @@ void Change::refuse(const std::exception& failure, const State& before) const {
     giveUp(_store);
     noteAll(failure.what());
     for (std::size_t index = 0; index < doorCount; ++index) {
-        const auto complaint = _complaints.find(index);
-        if (complaint != _complaints.end()) {
-            throw Refusal(Exit::Lost, why + "but the old state is not in force either: " + complaint->second + ": " +
+        const std::optional<std::string>& complaint = _sight[index].complaint;
+        if (complaint) {
+            throw Refusal(Exit::Lost, why + "but the old state is not in force either: " + *complaint + ": " +
                                           inForce(_store, _configuration));
         }
-        if (!isInLine(_store, Door(index, _store, _configuration.sshd), before)) {
+        std::optional<Listener> listener;
+        if (!isInLine(_store, Door(index, _store, _configuration.sshd), before, listener)) {
             throw Refusal(Exit::Lost,
                           why + "but the old state is not in force either: " + inForce(_store, _configuration));
         }
@@ -139,7 +127,7 @@ void Change::plan(const State& before, const State& after, const std::vector<std
 /** restoreAll() has just seen to it that the doors are in line, and complains of those that are not. */
 bool Change::isIdle(const Step& step) const {
     const bool fileStays = step.after ? !step.fileChanges() : !step.inPlace;
-    return step.before == step.after && fileStays && !_complaints.contains(step.door.index());
+    return step.before == step.after && fileStays && !_sight[step.door.index()].complaint;
 }
 
 void Change::prepare(const State& after) {
@@ -187,19 +175,15 @@ void Change::ask(Step& step) const {
     sync(candidate, _store.candidates.pathOf(file));
 }
 
-void Change::keepWhatIsInForce(Step& step) const {
+void Change::keepWhatIsInForce(Step& step) {
     if (step.inPlace) {
         _store.folder.link(step.door.file(), _store.candidates, Store::oldFileOf(step.door.index()));
     }
-    step.listener = step.before ? step.door.listenerOn(*step.before) : std::nullopt;
-    if (step.listener) {
-        step.held = endpointsOf(*step.listener);
-    } else {
-        for (const Listener& listener : step.door.listeners()) {
-            const std::vector<Endpoint> endpoints = endpointsOf(listener);
-            step.held.insert(step.held.end(), endpoints.begin(), endpoints.end());
-        }
+    step.listener = std::move(_sight[step.door.index()].listener);
+    if (!step.listener && step.before) {
+        step.listener = step.door.listenerOn(*step.before);
     }
+    step.held = step.listener ? step.listener->endpoints() : step.door.held();
     if (!step.after) {
         step.asked = step.held;
         if (step.asked.empty() && step.before) {
@@ -245,9 +229,7 @@ void Change::judge(Step& step, const State& after) const {
     expectFree(step);
 }
 
-/**
- * A reload onto a taken port kills the listener, and of several addresses sshd is content with those that it gets.
- * Binding tells also of what does not listen: a connection of somebody's that has the port.
+/** A reload onto a taken port kills the listener, and of several addresses sshd is content with those that it gets.
  */
 void Change::expectFree(const Step& step) const {
     const std::string port = step.door.name() + ": port " + std::to_string(*step.after);
@@ -255,19 +237,14 @@ void Change::expectFree(const Step& step) const {
         throw Refusal(Exit::Refused, port + " cannot be opened, this machine has no such address");
     }
     for (const Endpoint& endpoint : step.asked) {
-        if (contains(step.held, endpoint)) {
-            continue;
-        }
-        const std::optional<int> error = errorOfBinding(endpoint);
-        const bool ownInTheWay = std::any_of(step.held.begin(), step.held.end(),
-                                             [&](const Endpoint& held) { return held.overlaps(endpoint); });
-        if (!error || (*error == EADDRINUSE && ownInTheWay && !step.door.stranger({endpoint}))) {
-            continue;
-        }
-        if (*error == EADDRINUSE) {
+        const std::optional<int> error = step.door.obstacleAt(endpoint, step.held);
+        if (error == EADDRINUSE) {
             throw Refusal(Exit::Taken, port + " is taken");
         }
-        throw Refusal(Exit::Refused, port + " cannot be opened at " + endpoint.text() + ": " + std::strerror(*error));
+        if (error) {
+            throw Refusal(Exit::Refused,
+                          port + " cannot be opened at " + endpoint.text() + ": " + std::strerror(*error));
+        }
     }
 }
 
@@ -296,7 +273,7 @@ void Change::apply(Step& step) const {
 bool Change::isTaken(const Step& step) {
     try {
         return std::any_of(step.asked.begin(), step.asked.end(), [&step](const Endpoint& endpoint) {
-            return !contains(step.held, endpoint) && errorOfBinding(endpoint) == EADDRINUSE;
+            return step.door.obstacleAt(endpoint, step.held) == EADDRINUSE;
         });
     } catch (const std::system_error&) {
         return false;  // it is not known why; that it was rolled back is

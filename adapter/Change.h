@@ -6,10 +6,10 @@
 #include <string>
 #include <vector>
 
-#include "Complaints.h"
 #include "Configuration.h"
 #include "Deadline.h"
 #include "Door.h"
+#include "Sight.h"
 #include "Sshd.h"
 #include "State.h"
 #include "Store.h"
@@ -25,9 +25,9 @@ namespace Vorma {
  */
 class Change {
 public:
-    /** The complaints are about the old state: of a door that has one nobody may say that it is in force. */
-    Change(const Store& store, const Configuration& configuration, const Complaints& complaints,
-           const Tul::Deadline& forward, const Tul::Deadline& whole);
+    /** What is seen is the old state: of a door with a complaint nobody may say that it is in force. */
+    Change(const Store& store, const Configuration& configuration, Sight sight, const Tul::Deadline& forward,
+           const Tul::Deadline& whole);
 
     /** Look: prove everything anew, also when nothing seems to differ. Refusal when it is not in force afterwards. */
     void make(const State& before, State after, const std::vector<std::size_t>& doors, bool look);
@@ -54,7 +54,7 @@ private:
     void prepare(const State& after);
     void refuseCommonPorts(const State& after) const;
     void ask(Step& step) const;
-    void keepWhatIsInForce(Step& step) const;
+    void keepWhatIsInForce(Step& step);
     void expectNoStranger(const Step& step) const;
     void judge(Step& step, const State& after) const;
     void expectFree(const Step& step) const;
@@ -66,7 +66,7 @@ private:
 
     const Store& _store;
     const Configuration& _configuration;
-    const Complaints& _complaints;
+    Sight _sight;
     const Tul::Deadline& _forward;
     const Tul::Deadline& _whole;
     std::vector<Step> _steps;

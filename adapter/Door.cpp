@@ -5,6 +5,7 @@
 #include <signal.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <system_error>
 
 #include "Careless.h"
@@ -111,6 +112,15 @@ std::vector<Listener> Door::listeners() const {
         listeners.push_back(std::move(*listener));
     }
     return listeners;
+}
+
+std::vector<Endpoint> Door::held() const {
+    std::vector<Endpoint> held;
+    for (const Listener& listener : listeners()) {
+        const std::vector<Endpoint> endpoints = listener.endpoints();
+        held.insert(held.end(), endpoints.begin(), endpoints.end());
+    }
+    return held;
 }
 
 std::optional<Listener> Door::listenerOn(int port) const {
@@ -284,6 +294,16 @@ void Door::close(const std::optional<Listener>& known, const std::vector<Endpoin
             throw DoorFailure("its port " + std::to_string(endpoint.port) + " still accepts connections");
         }
     }
+}
+
+std::optional<int> Door::obstacleAt(const Endpoint& endpoint, const std::vector<Endpoint>& held) const {
+    if (std::find(held.begin(), held.end(), endpoint) != held.end()) {
+        return std::nullopt;
+    }
+    const std::optional<int> error = errorOfBinding(endpoint);
+    const bool ownInTheWay =
+        std::any_of(held.begin(), held.end(), [&](const Endpoint& own) { return own.overlaps(endpoint); });
+    return error == EADDRINUSE && ownInTheWay && !stranger({endpoint}) ? std::nullopt : error;
 }
 
 /** Seen twice: a socket of its own may come or go between the looks at the processes and at the sockets. */

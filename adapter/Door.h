@@ -45,6 +45,9 @@ public:
     /** Its listeners, by a look at every process. */
     std::vector<Listener> listeners() const;
 
+    /** Where they listen. */
+    std::vector<Endpoint> held() const;
+
     /** The listener that runs and listens on the port: a quick look, as long as its pid file names it. */
     std::optional<Listener> listenerOn(int port) const;
 
@@ -55,6 +58,12 @@ public:
     /** No listener is left, its file is gone, and nobody listens at the endpoints where it was. One may be known. */
     void close(const std::optional<Listener>& known, const std::vector<Endpoint>& endpoints,
                const Tul::Deadline& deadline) const;
+
+    /**
+     * Why its listener, which holds the one, could not listen at the other: an error of bind(2). Binding tells also
+     * of what does not listen: a connection of somebody's that has the port.
+     */
+    std::optional<int> obstacleAt(const Endpoint& endpoint, const std::vector<Endpoint>& held) const;
 
     /** Who listens in the way of its endpoints and is not of its listeners. */
     std::optional<ListeningSocket> stranger(const std::vector<Endpoint>& endpoints) const;

@@ -242,6 +242,14 @@ void Listener::readSockets() {
     });
 }
 
+std::vector<Endpoint> Listener::endpoints() const {
+    std::vector<Endpoint> endpoints;
+    for (const ListeningSocket& socket : _sockets) {
+        endpoints.push_back(socket.endpoint);
+    }
+    return endpoints;
+}
+
 bool Listener::listensOn(int port) const {
     return std::any_of(_sockets.begin(), _sockets.end(),
                        [port](const ListeningSocket& socket) { return socket.endpoint.port == port; });

@@ -42,6 +42,7 @@ public:
     bool heedsReload() const { return _heedsReload; }
 
     const std::vector<ListeningSocket>& sockets() const { return _sockets; }
+    std::vector<Endpoint> endpoints() const;
     bool listensOn(int port) const;
     bool listensOn(const Endpoint& endpoint) const;
 

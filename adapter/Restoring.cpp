@@ -79,13 +79,9 @@ std::vector<Endpoint> endpointsOf(const OldFile& old) {
 
 /** A live listener is not told to go where it could not listen. */
 void expectFree(const Door& door, const std::vector<Endpoint>& endpoints) {
-    const std::vector<Listener> own = door.listeners();
+    const std::vector<Endpoint> held = door.held();
     for (const Endpoint& endpoint : endpoints) {
-        const bool held = std::any_of(own.begin(), own.end(), [&endpoint](const Listener& listener) {
-            return std::any_of(listener.sockets().begin(), listener.sockets().end(),
-                               [&endpoint](const ListeningSocket& one) { return one.endpoint.overlaps(endpoint); });
-        });
-        if (held ? door.stranger({endpoint}).has_value() : errorOfBinding(endpoint) == EADDRINUSE) {
+        if (door.obstacleAt(endpoint, held) == EADDRINUSE) {
             throw DoorFailure("port " + std::to_string(endpoint.port) + " is taken");
         }
     }
@@ -149,7 +145,7 @@ std::optional<std::string> restoreOrComplain(const Store& store, const Configura
 
 }  // namespace
 
-bool isInLine(const Store& store, const Door& door, const State& state) {
+bool isInLine(const Store& store, const Door& door, const State& state, std::optional<Listener>& listener) {
     const std::optional<int> port = state.ports[door.index()];
     const std::optional<std::string> text = door.text();
     if (store.owes(door.index())) {
@@ -158,21 +154,23 @@ bool isInLine(const Store& store, const Door& door, const State& state) {
     if (!port) {
         return !text && !store.folder.has(Store::pidFileOf(door.index()));
     }
-    return text && DoorFile::portIn(*text) == port && door.listenerOn(*port);
+    if (!text || DoorFile::portIn(*text) != port) {
+        return false;
+    }
+    listener = door.listenerOn(*port);
+    return listener.has_value();
 }
 
-Complaints restoreAll(const Store& store, const Configuration& configuration, const State& state,
-                      const Tul::Deadline& deadline) {
-    Complaints complaints;
+Sight restoreAll(const Store& store, const Configuration& configuration, const State& state,
+                 const Tul::Deadline& deadline) {
+    Sight sight;
     const bool cutShort = store.cutShortAt().has_value();
     for (std::size_t index = 0; index < doorCount; ++index) {
         const Door door(index, store, configuration.sshd);
         const bool concerned = isConcerned(store, door, state);
-        if (concerned || !isInLine(store, door, state)) {
-            const auto complaint = restoreOrComplain(store, configuration, door, state, concerned, deadline);
-            if (complaint) {
-                complaints[index] = *complaint;
-            }
+        auto& [listener, complaint] = sight[index];
+        if (concerned || !isInLine(store, door, state, listener)) {
+            complaint = restoreOrComplain(store, configuration, door, state, concerned, deadline);
             store.note(index, complaint.value_or(""));
         }
     }
@@ -182,7 +180,19 @@ Complaints restoreAll(const Store& store, const Configuration& configuration, co
     } else {
         store.tidy();
     }
-    return complaints;
+    return sight;
+}
+
+State adopted(const Store& store) {
+    State found;
+    for (std::size_t door = 0; door < doorCount; ++door) {
+        for (const Listener& listener : Listener::find(store.folder.pathOf(Store::fileOf(door)))) {
+            if (!listener.sockets().empty()) {
+                found.ports[door] = listener.sockets().front().endpoint.port;
+            }
+        }
+    }
+    return found;
 }
 
 void putBack(const Store& store, const Configuration& configuration, const Door& door, const State& state,

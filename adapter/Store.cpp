@@ -11,7 +11,6 @@
 #include <system_error>
 
 #include "Careless.h"
-#include "Listener.h"
 #include "Refusal.h"
 #include "SystemCall.h"
 #include "Text.h"
@@ -146,22 +145,23 @@ std::optional<State> Store::readState(const Directory& folder) {
     return std::nullopt;
 }
 
-Found Store::load() const {
+std::optional<Found> Store::load() const {
     const std::optional<std::string> text = folder.read(stateName);
     if (const auto state = text ? State::read(*text, folder.pathOf(stateName)) : std::nullopt) {
         if (folder.read(copyName) != text) {
             mendCopy(*text);
         }
-        return {*state, true};
+        return Found{*state, true};
     }
     if (const auto state = readState(folder)) {
-        return {*state, false};
+        return Found{*state, false};
     }
-    return {beginAnew(), false};
+    expectNothing();
+    return std::nullopt;
 }
 
 /** Doors that are rendered while there is no state would later look like doors whose state was lost. */
-State Store::beginAnew() const {
+void Store::expectNothing() const {
     bool anything = folder.has(stateName) || folder.has(copyName);
     for (std::size_t door = 0; door < doorCount; ++door) {
         anything = anything || folder.has(fileOf(door));
@@ -172,21 +172,14 @@ State Store::beginAnew() const {
                                        "anew stop their listeners and remove " +
                                        folder.pathOf(""));
     }
-    State found;
-    for (std::size_t door = 0; door < doorCount; ++door) {
-        // Of a store that was lost: what still serves is open, and can be locked.
-        for (const Listener& listener : Listener::find(folder.pathOf(fileOf(door)))) {
-            if (!listener.sockets().empty()) {
-                found.ports[door] = listener.sockets().front().endpoint.port;
-            }
-        }
-    }
-    begin(found);
+}
+
+void Store::beginAnew(const State& first) const {
+    begin(first);
     commit();
     for (std::size_t door = 0; door < doorCount; ++door) {
         note(door, "");
     }
-    return found;
 }
 
 void Store::begin(const State& next) const {
@@ -202,11 +195,7 @@ void Store::begin(const State& next) const {
 void Store::commit() const {
     candidates.rename(stateName, folder, stateName);
     // From here on the change has been made, whatever else fails.
-    try {
-        candidates.rename(copyName, folder, copyName);
-    } catch (const std::exception&) {
-        // The state itself is safe; the next run mends the copy.
-    }
+    placeCopy();
     try {
         if constexpr (careless != Careless::SyncsNoDirectory) {
             folder.sync();
@@ -255,10 +244,17 @@ void Store::discard(const std::string& name) const {
 void Store::mendCopy(const std::string& text) const {
     try {
         sync(candidates.write(copyName, text), candidates.pathOf(copyName));
+    } catch (const std::exception&) {
+        return;
+    }
+    placeCopy();
+}
+
+/** The state itself is safe; when this fails the next run mends the copy. */
+void Store::placeCopy() const {
+    try {
         candidates.rename(copyName, folder, copyName);
-        folder.sync();
-    } catch (const std::system_error&) {
-        // The state itself is safe; the next run tries it again.
+    } catch (const std::exception&) {
     }
 }
 

@@ -15,7 +15,7 @@ namespace Vorma {
 /** What was found written down. */
 struct Found {
     State state;
-    bool certain; /**< false: it comes from the copy, or nothing was ever written: look at everything */
+    bool certain; /**< false: it comes from the copy, or from what was seen: look at everything */
 };
 
 /**
@@ -39,8 +39,11 @@ public:
     /** Waits until no other run is under way; Refusal with Exit::Busy when the moment has come. */
     void lock(const Tul::Deadline& deadline);
 
-    /** Refusal with Exit::Store when both state and copy are damaged or lost. */
-    Found load() const;
+    /** Nothing when nothing was ever written; Refusal with Exit::Store when state and copy are damaged or lost. */
+    std::optional<Found> load() const;
+
+    /** Writes down the first state of all. */
+    void beginAnew(const State& first) const;
 
     /** Whether a change was cut short, and when it was begun. */
     std::optional<std::time_t> cutShortAt() const { return candidates.writtenAt(stateName); }
@@ -56,9 +59,6 @@ public:
 
     /** Takes away what runs that were cut short have left, but for what tells that a change was. */
     void tidy() const;
-
-    /** A state.copy that differs from the state is written anew. No failure: the state is what counts. */
-    void mendCopy(const std::string& text) const;
 
     /**
      * A door whose listener may not serve what its file says, because that could not be brought about: every run
@@ -90,7 +90,12 @@ public:
 private:
     void refuseLinks() const;
     void discard(const std::string& name) const;
-    State beginAnew() const;
+    void expectNothing() const;
+
+    void placeCopy() const;
+
+    /** A state.copy that differs from the state is written anew. No failure: the state is what counts. */
+    void mendCopy(const std::string& text) const;
 
     Tul::Descriptor _lock;
 };

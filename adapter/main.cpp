@@ -47,13 +47,17 @@ void carryOut(const Request& request, const Configuration& configuration) {
     configuration.checkFiles();
     Store store(configuration.stateDirectory);
     store.lock(forward.within(Limits::lock));
-    const Found found = store.load();
+    std::optional<Found> found = store.load();
+    if (!found) {
+        found = Found{adopted(store), false};
+        store.beginAnew(found->state);
+    }
     // Of a state that may be old only the doors that are named are brought in line, but for what was cut short.
-    const bool restores = found.certain || store.cutShortAt();
-    const Complaints complaints = restores ? restoreAll(store, configuration, found.state, forward) : Complaints();
-    const bool look = !found.certain || request.kind == Request::Kind::Settle;
-    Change(store, configuration, complaints, forward, whole)
-        .make(found.state, request.applyTo(found.state), request.doors(), look);
+    const bool restores = found->certain || store.cutShortAt();
+    Sight sight = restores ? restoreAll(store, configuration, found->state, forward) : Sight();
+    const bool look = !found->certain || request.kind == Request::Kind::Settle;
+    Change(store, configuration, std::move(sight), forward, whole)
+        .make(found->state, request.applyTo(found->state), request.doors(), look);
 }
 
 void run(const Request& request, const char* calledAs) {
