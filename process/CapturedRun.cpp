@@ -31,7 +31,10 @@ std::optional<ProcessEnd> CapturedRun::await(const Deadline& deadline) {
     for (;;) {
         const int left = deadline.milliseconds();
         if (_child.descriptor() < 0 || readOnce(_child.descriptor(), left)) {
-            return _child.reap();
+            if (const auto end = _child.reap()) {
+                return end;
+            }
+            poll(nullptr, 0, 1);  // somebody traces it, and is told of its end before us
         }
         if (left == 0) {
             return std::nullopt;
