@@ -1,10 +1,10 @@
 #include "Stream.h"
 
 #include <algorithm>
-#include <filesystem>
-#include <fstream>
 #include <sstream>
 #include <stdexcept>
+
+#include "StreamFiles.h"
 
 namespace TulTest {
 
@@ -12,31 +12,6 @@ namespace {
 
 constexpr int traceLevel = 14;
 constexpr std::ptrdiff_t context = 3;
-
-void readInto(std::map<std::string, Lines>& streams, const std::filesystem::path& path) {
-    std::ifstream file(path);
-    Lines* calls = nullptr;
-    std::string line;
-    while (std::getline(file, line)) {
-        if (line.starts_with("== ")) {
-            const auto [stream, isNew] = streams.try_emplace(path.stem().string() + "/" + line.substr(3));
-            if (!isNew) {
-                throw std::logic_error(path.string() + " has two streams with the name " + line.substr(3));
-            }
-            calls = &stream->second;
-        } else if (!line.empty() && !line.starts_with("#")) {
-            calls->push_back(line);
-        }
-    }
-}
-
-std::map<std::string, Lines> readAll() {
-    std::map<std::string, Lines> streams;
-    for (const auto& entry : std::filesystem::directory_iterator(TUL_STREAMS)) {
-        readInto(streams, entry.path());
-    }
-    return streams;
-}
 
 /** The severity of a record or of its copy; 14 for both forms of a trace. */
 int levelOf(const std::string& call) {
@@ -64,7 +39,7 @@ std::string part(const Lines& lines, std::ptrdiff_t from, std::ptrdiff_t count, 
 }  // namespace
 
 const std::map<std::string, Lines>& expectedStreams() {
-    static const std::map<std::string, Lines> streams = readAll();
+    static const std::map<std::string, Lines> streams = readStreams(TUL_STREAMS);
     return streams;
 }
 

@@ -8,13 +8,7 @@
 
 namespace TulTest {
 
-/**
- * The complete streams that are expected, by "operation/path". They stand in streams/OPERATION.txt:
- *
- *     == PATH
- *     # what happens
- *     the calls, one a line
- */
+/** The complete streams that are expected, by "operation/path"; StreamFiles.h says how they are written. */
 const std::map<std::string, Lines>& expectedStreams();
 
 /** The stream of that name; throws when there is none. */
