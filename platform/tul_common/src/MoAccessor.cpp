@@ -50,12 +50,11 @@ MoAccessor::~MoAccessor() = default;
 
 void MoAccessor::getAttrContainer(const std::string& dName, const std::string& attrName,
                                   MoAttributeValueResult& result) {
-    TulMoAttributeValueResult_3 fetched{nullptr, nullptr};
-    const BryReturnT code = _managedObjectIf->getAttribute(committedState, dName.c_str(), attrName.c_str(), &fetched);
+    // Into the holder at once: a container that comes with a failure is given back, too.
+    const BryReturnT code = _managedObjectIf->getAttribute(committedState, dName.c_str(), attrName.c_str(), &result);
     if (code != BRY_OK) {
         throw TulException(code, "Could not read attribute %s::%s, error %d", dName.c_str(), attrName.c_str(), code);
     }
-    static_cast<TulMoAttributeValueResult_3&>(result) = fetched;
 }
 
 void MoAccessor::getFirstMoInstance(const std::string& classPath, std::string& dName) {

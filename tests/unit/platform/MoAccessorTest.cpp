@@ -85,14 +85,18 @@ TEST_F(MoAccessorOnAModel, ReadsWhatIsCommitted) {
     EXPECT_EQ(&container, result.container);
 }
 
-TEST_F(MoAccessorOnAModel, ThrowsTheFrameworksCodeAndTouchesNothing) {
-    TulMoAttributeValueContainer_3 leftover{TUL_MO_TYPE_STRING_3, 0, nullptr};
+TEST_F(MoAccessorOnAModel, ThrowsTheFrameworksCodeAndGivesBackWhatCameWithIt) {
+    static int releases;
+    releases = 0;
+    TulMoAttributeValueContainer_3 container{TUL_MO_TYPE_STRING_3, 0, nullptr};
     _model.result = -77;
-    _model.fetched.container = &leftover;
-    MoAccessor::MoAttributeValueResult result;
+    _model.fetched = {[](TulMoAttributeValueContainer_3*) { ++releases; }, &container};
     MoAccessor accessor(true, TUL_LOCK_POLICY_SHARED, 60);
-    EXPECT_EQ(-77, codeOf([&] { accessor.getAttrContainer("A=1", "attribute", result); }));
-    EXPECT_EQ(nullptr, result.container);
+    EXPECT_EQ(-77, codeOf([&] {
+        MoAccessor::MoAttributeValueResult result;
+        accessor.getAttrContainer("A=1", "attribute", result);
+    }));
+    EXPECT_EQ(1, releases);
 }
 
 TEST_F(MoAccessorOnAModel, FindsTheFirstInstanceAndAsksForNoMore) {
