@@ -1,6 +1,10 @@
 #ifndef TUL_EVENT_CONSUMER_H
 #define TUL_EVENT_CONSUMER_H
 
+#ifdef NDEBUG
+#error "NDEBUG must not be defined: the assertions below stop a release build, too"
+#endif
+
 #include <cassert>
 #include <cstddef>
 #include <cstdlib>
