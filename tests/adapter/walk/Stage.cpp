@@ -86,9 +86,9 @@ void Stage::rehearse() {
 
 void Stage::requireAsked() const {
     const DoorView& cli = _after.doors[0];
-    if (_scenario.isRecovery()) {
+    if (_scenario.isRecovery() || _scenario.walked == "settle") {
         const std::string text = difference(_origin, _after, Match::Meaning);
-        require(text.empty(), "what was cut short must be undone: " + text);
+        require(text.empty(), "it must be as it was before anything was cut short: " + text);
     } else if (_scenario.walked == "clissh lock") {
         require(!cli.file && cli.greeting.empty() && cli.silent.empty() && cli.listeners.empty(),
                 "the door must be closed");
