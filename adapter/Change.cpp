@@ -229,8 +229,7 @@ void Change::judge(Step& step, const State& after) const {
     expectFree(step);
 }
 
-/** A reload onto a taken port kills the listener, and of several addresses sshd is content with those that it gets.
- */
+/** A reload onto a taken port kills the listener, and of several addresses sshd is content with what it gets. */
 void Change::expectFree(const Step& step) const {
     const std::string port = step.door.name() + ": port " + std::to_string(*step.after);
     if (step.asked.empty()) {
