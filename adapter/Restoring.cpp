@@ -1,6 +1,5 @@
 #include "Restoring.h"
 
-#include <algorithm>
 #include <cerrno>
 
 #include "DoorFile.h"
